@@ -1,0 +1,39 @@
+# The two commands of the README: `make run` and `make test`.
+BUILD ?= build
+CMAKE_FLAGS ?=
+JOBS ?= $(shell nproc)
+
+.PHONY: all deps configure build run test bench sanitize format clean
+
+all: build
+
+deps:
+	@./scripts/install-deps.sh
+
+configure: deps
+	@cmake -S . -B $(BUILD) -G Ninja $(CMAKE_FLAGS) > /dev/null
+
+build: configure
+	@cmake --build $(BUILD) -j $(JOBS)
+
+run: build
+	@$(BUILD)/apps/qafui/qafui --help
+
+test: build
+	@ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+
+bench: build
+	@for b in $(BUILD)/bench/bench_*; do echo "== $$b"; $$b; done
+
+# The engine's tests under address and undefined-behaviour sanitizers.
+sanitize: deps
+	@cmake -S . -B build-asan -G Ninja -DQAFUI_CORE_ONLY=ON \
+	  -DQAFUI_SANITIZE=address,undefined -DCMAKE_BUILD_TYPE=Debug > /dev/null
+	@cmake --build build-asan -j $(JOBS)
+	@ctest --test-dir build-asan --output-on-failure -j $(JOBS)
+
+format:
+	@find src apps tests bench -name '*.cpp' -o -name '*.hpp' | xargs clang-format -i
+
+clean:
+	@rm -rf build build-asan
