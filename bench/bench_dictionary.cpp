@@ -15,7 +15,8 @@ constexpr int key_count = 64;
 
 std::vector<std::string> key_texts() {
     std::vector<std::string> texts;
-    for (int i = 0; i != key_count; ++i) texts.push_back("parameter_" + std::to_string(i));
+    for (int i = 0; i != key_count; ++i)
+        texts.push_back("parameter_" + std::to_string(i));
     return texts;
 }
 
@@ -28,26 +29,31 @@ void BM_DictionaryFind(benchmark::State& state) {
         dictionary.insert({keys.back(), vorlen::any_regular_t(1.0)});
     }
     std::size_t i = 0;
-    for (auto _ : state) benchmark::DoNotOptimize(dictionary.find(keys[i++ % key_count]));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(dictionary.find(keys[i++ % key_count]));
 }
 BENCHMARK(BM_DictionaryFind);
 
 void BM_UnorderedMapFind(benchmark::State& state) {
     const auto texts = key_texts();
     std::unordered_map<std::string, vorlen::any_regular_t> map;
-    for (const auto& text : texts) map.emplace(text, vorlen::any_regular_t(1.0));
+    for (const auto& text : texts)
+        map.emplace(text, vorlen::any_regular_t(1.0));
     std::size_t i = 0;
-    for (auto _ : state) benchmark::DoNotOptimize(map.find(texts[i++ % key_count]));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(map.find(texts[i++ % key_count]));
 }
 BENCHMARK(BM_UnorderedMapFind);
 
 void BM_DictionaryInsert(benchmark::State& state) {
     const auto texts = key_texts();
     std::vector<vorlen::name_t> keys;
-    for (const auto& text : texts) keys.emplace_back(text.c_str());
+    for (const auto& text : texts)
+        keys.emplace_back(text.c_str());
     for (auto _ : state) {
         vorlen::dictionary_t dictionary;
-        for (auto key : keys) dictionary.insert({key, vorlen::any_regular_t(1.0)});
+        for (auto key : keys)
+            dictionary.insert({key, vorlen::any_regular_t(1.0)});
         benchmark::DoNotOptimize(dictionary.size());
     }
     state.SetItemsProcessed(state.iterations() * key_count);
@@ -58,7 +64,8 @@ void BM_UnorderedMapInsert(benchmark::State& state) {
     const auto texts = key_texts();
     for (auto _ : state) {
         std::unordered_map<std::string, vorlen::any_regular_t> map;
-        for (const auto& text : texts) map.emplace(text, vorlen::any_regular_t(1.0));
+        for (const auto& text : texts)
+            map.emplace(text, vorlen::any_regular_t(1.0));
         benchmark::DoNotOptimize(map.size());
     }
     state.SetItemsProcessed(state.iterations() * key_count);

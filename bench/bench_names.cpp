@@ -12,13 +12,15 @@ namespace {
 
 std::vector<std::string> make_texts(const char* prefix, int count) {
     std::vector<std::string> texts;
-    for (int i = 0; i != count; ++i) texts.push_back(prefix + std::to_string(i));
+    for (int i = 0; i != count; ++i)
+        texts.push_back(prefix + std::to_string(i));
     return texts;
 }
 
 void BM_InternExistingName(benchmark::State& state) {
     static const std::vector<std::string> texts = make_texts("existing_cell_", 1024);
-    for (const auto& text : texts) vorlen::name_t(text.c_str());
+    for (const auto& text : texts)
+        vorlen::name_t(text.c_str());
     std::size_t i = 0;
     for (auto _ : state) {
         benchmark::DoNotOptimize(vorlen::name_t(texts[i++ & 1023].c_str()).c_str());

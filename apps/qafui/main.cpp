@@ -24,7 +24,8 @@ void print_usage(std::ostream& out) {
            "options:\n"
            "  --help       show this text and exit\n"
            "  --version    show the version and exit\n";
-    if (registry().empty()) return;
+    if (registry().empty())
+        return;
     out << "\ncommands:\n";
     std::vector<command_t> sorted = registry();
     std::sort(sorted.begin(), sorted.end(),
@@ -43,7 +44,9 @@ command_registration_t::command_registration_t(command_t command) {
     registry().push_back(std::move(command));
 }
 
-const std::vector<command_t>& commands() { return registry(); }
+const std::vector<command_t>& commands() {
+    return registry();
+}
 
 int usage_error(const command_t& command, const std::string& message) {
     std::cerr << "qafui " << command.name << ": " << message << "\n" << command.usage;
@@ -68,7 +71,8 @@ int main(int argc, char** argv) {
         return 0;
     }
     for (const command_t& command : commands()) {
-        if (command.name != first) continue;
+        if (command.name != first)
+            continue;
         std::vector<std::string> arguments(argv + 2, argv + argc);
         if (std::find(arguments.begin(), arguments.end(), "--help") != arguments.end()) {
             std::cout << command.usage;

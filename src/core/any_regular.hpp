@@ -88,12 +88,14 @@ public:
     /// The payload as T; no conversions: a number asked for bool throws `bad_cast`.
     template <typename T>
     const T& cast() const {
-        if (!is<T>()) throw bad_cast(type_info(), typeid(T));
+        if (!is<T>())
+            throw bad_cast(type_info(), typeid(T));
         return implementation::traits<T>::get(*this);
     }
     template <typename T>
     T& cast() {
-        if (!is<T>()) throw bad_cast(type_info(), typeid(T));
+        if (!is<T>())
+            throw bad_cast(type_info(), typeid(T));
         return implementation::traits<T>::get(*this);
     }
 
@@ -128,8 +130,8 @@ void serialize_value(const T& value, std::ostream& stream);
 
 /// Payloads of at most eight bytes that move without throwing live in place; others are boxed.
 template <typename T>
-constexpr bool stored_inline = sizeof(T) <= 8 && alignof(T) <= 8 &&
-                               std::is_nothrow_move_constructible_v<T>;
+constexpr bool stored_inline = sizeof(T) <= 8 &&
+                               alignof(T) <= 8 && std::is_nothrow_move_constructible_v<T>;
 
 template <typename T>
 struct traits {
@@ -175,9 +177,7 @@ struct traits {
     static void assign(any_regular_t& destination, const any_regular_t& source) {
         get(destination) = get(source);
     }
-    static bool equals(const any_regular_t& a, const any_regular_t& b) {
-        return get(a) == get(b);
-    }
+    static bool equals(const any_regular_t& a, const any_regular_t& b) { return get(a) == get(b); }
     static void exchange(any_regular_t& a, any_regular_t& b) noexcept {
         if constexpr (stored_inline<T>) {
             using std::swap;
@@ -193,13 +193,13 @@ struct traits {
         serialize_value(get(x), stream);
     }
 
-    static constexpr vtable_t vtable{2,      &destruct, &type_info, &clone,     &move_clone,
+    static constexpr vtable_t vtable{2,       &destruct, &type_info, &clone,    &move_clone,
                                      &assign, &equals,   &exchange,  &serialize};
 };
 
 template <typename T>
 void serialize_value(const T& value, std::ostream& stream) {
-    if constexpr (requires(std::ostream& s, const T& v) { s << v; })
+    if constexpr (requires(std::ostream & s, const T& v) { s << v; })
         stream << value;
     else
         stream << demangled_name(typeid(T));
@@ -237,13 +237,15 @@ const any_regular_t& get_value(const dictionary_t& dictionary, name_t key);
 template <typename T>
 bool get_value(const dictionary_t& dictionary, name_t key, T& out) {
     auto found = dictionary.find(key);
-    if (found == dictionary.end()) return false;
+    if (found == dictionary.end())
+        return false;
     out = found->second.cast<T>();
     return true;
 }
 inline bool get_value(const dictionary_t& dictionary, name_t key, any_regular_t& out) {
     auto found = dictionary.find(key);
-    if (found == dictionary.end()) return false;
+    if (found == dictionary.end())
+        return false;
     out = found->second;
     return true;
 }

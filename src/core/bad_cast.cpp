@@ -18,8 +18,10 @@ bool type_info_equal(const std::type_info& a, const std::type_info& b) noexcept 
     const char* an = a.name();
     const char* bn = b.name();
     // A leading '*' marks a name the compiler considers local to one module.
-    if (*an == '*') ++an;
-    if (*bn == '*') ++bn;
+    if (*an == '*')
+        ++an;
+    if (*bn == '*')
+        ++bn;
     return an == bn || std::strcmp(an, bn) == 0;
 }
 

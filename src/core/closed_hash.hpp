@@ -120,12 +120,15 @@ public:
     closed_hash_set() noexcept = default;
     closed_hash_set(std::initializer_list<T> values) {
         reserve(values.size());
-        for (const T& value : values) insert(value);
+        for (const T& value : values)
+            insert(value);
     }
     closed_hash_set(const closed_hash_set& other) {
-        if (other.empty()) return;
+        if (other.empty())
+            return;
         reserve(other.size());
-        for (const T& value : other) insert(value);
+        for (const T& value : other)
+            insert(value);
     }
     closed_hash_set(closed_hash_set&& other) noexcept : header_m(other.header_m) {
         other.header_m = nullptr;
@@ -157,9 +160,11 @@ public:
         return const_cast<closed_hash_set*>(this)->find(key);
     }
     iterator find_hashed(const key_type& key, std::uint64_t hash) {
-        if (!header_m) return end();
+        if (!header_m)
+            return end();
         node_t* home = slot(hash % header_m->capacity_m);
-        if (home->state() != state_head) return end();
+        if (home->state() != state_head)
+            return end();
         node_t* found = find_in_chain(home, key);
         return found ? iterator(found) : end();
     }
@@ -178,7 +183,8 @@ public:
     std::pair<iterator, bool> insert_hashed(U&& value, std::uint64_t hash) {
         if (size() == capacity()) {
             const size_type wanted = size() ? size() * 2 : 3;
-            if (wanted > capacity()) reserve(wanted);
+            if (wanted > capacity())
+                reserve(wanted);
         }
         node_t* home = slot(hash % header_m->capacity_m);
         switch (home->state()) {
@@ -231,13 +237,15 @@ public:
     }
     size_type erase(const key_type& key) {
         auto found = find(key);
-        if (found == end()) return 0;
+        if (found == end())
+            return 0;
         erase(found);
         return 1;
     }
 
     void clear() noexcept {
-        if (!header_m) return;
+        if (!header_m)
+            return;
         destroy_all();
         reset_lists();
     }
@@ -245,10 +253,12 @@ public:
     /// Make room for at least `wanted` entries; entries move over in iteration order.
     void reserve(size_type wanted) {
         const size_type new_capacity = closed_hash_capacity(wanted);
-        if (new_capacity <= capacity()) return;
+        if (new_capacity <= capacity())
+            return;
         closed_hash_set grown;
         grown.header_m = allocate(new_capacity);
-        for (T& value : *this) grown.insert(std::move(value));
+        for (T& value : *this)
+            grown.insert(std::move(value));
         swap(grown);
     }
 
@@ -301,7 +311,8 @@ private:
         void* block = allocator.allocate(slot_offset + capacity * sizeof(node_t));
         header_t* header = ::new (block) header_t{&allocator, {}, {}, capacity, 0};
         node_t* slots = reinterpret_cast<node_t*>(static_cast<char*>(block) + slot_offset);
-        for (std::size_t i = 0; i != capacity; ++i) ::new (static_cast<void*>(slots + i)) node_t();
+        for (std::size_t i = 0; i != capacity; ++i)
+            ::new (static_cast<void*>(slots + i)) node_t();
         closed_hash_set holder;
         holder.header_m = header;
         holder.reset_lists();
@@ -330,10 +341,12 @@ private:
     }
 
     void release() noexcept {
-        if (!header_m) return;
+        if (!header_m)
+            return;
         destroy_all();
         const capture_allocator_t* allocator = header_m->allocator_m;
-        for (std::size_t i = 0; i != header_m->capacity_m; ++i) slot(i)->~node_t();
+        for (std::size_t i = 0; i != header_m->capacity_m; ++i)
+            slot(i)->~node_t();
         header_m->~header_t();
         allocator->deallocate(header_m);
         header_m = nullptr;
@@ -362,16 +375,19 @@ public:
 
     T& operator[](const Key& key) {
         auto found = this->find(key);
-        if (found != this->end()) return found->second;
+        if (found != this->end())
+            return found->second;
         return this->insert(std::pair<const Key, T>(key, T())).first->second;
     }
 
     /// Equal when both hold the same keys with equal values, whatever the insertion order.
     friend bool operator==(const closed_hash_map& a, const closed_hash_map& b) {
-        if (a.size() != b.size()) return false;
+        if (a.size() != b.size())
+            return false;
         for (const auto& entry : a) {
             auto found = b.find(entry.first);
-            if (found == b.end() || !(found->second == entry.second)) return false;
+            if (found == b.end() || !(found->second == entry.second))
+                return false;
         }
         return true;
     }

@@ -11,24 +11,37 @@ std::string quoted_string(const std::string& text) {
     std::string result = "\"";
     for (char c : text) {
         switch (c) {
-        case '"': result += "\\\""; break;
-        case '\\': result += "\\\\"; break;
-        case '\n': result += "\\n"; break;
-        case '\r': result += "\\r"; break;
-        case '\t': result += "\\t"; break;
-        default: result += c;
+        case '"':
+            result += "\\\"";
+            break;
+        case '\\':
+            result += "\\\\";
+            break;
+        case '\n':
+            result += "\\n";
+            break;
+        case '\r':
+            result += "\\r";
+            break;
+        case '\t':
+            result += "\\t";
+            break;
+        default:
+            result += c;
         }
     }
     return result + "\"";
 }
 
 bool expression_format_t::begin_element(std::ostream& stream) {
-    if (frames_m.empty()) return false;
+    if (frames_m.empty())
+        return false;
     frame_t& frame = frames_m.back();
     switch (frame.kind) {
     case frame_kind::bag:
     case frame_kind::array:
-        if (frame.count++ > 0) stream << ", ";
+        if (frame.count++ > 0)
+            stream << ", ";
         return false;
     case frame_kind::pair:
         return frame.count++ == 0;
@@ -61,7 +74,8 @@ void expression_format_t::begin_sequence(std::ostream& stream) {
 void expression_format_t::end_sequence(std::ostream& stream) {
     const frame_kind kind = frames_m.back().kind;
     frames_m.pop_back();
-    if (kind == frame_kind::array) stream << ']';
+    if (kind == frame_kind::array)
+        stream << ']';
 }
 
 void expression_format_t::begin_atom(std::ostream& stream, const serializable_t& atom) {

@@ -25,19 +25,23 @@ format_base_t* get_format(std::ostream& stream) {
 }
 
 std::ostream& operator<<(std::ostream& stream, const begin_bag& manipulator) {
-    if (format_base_t* format = get_format(stream)) format->begin_bag(stream, manipulator.format);
+    if (format_base_t* format = get_format(stream))
+        format->begin_bag(stream, manipulator.format);
     return stream;
 }
 std::ostream& operator<<(std::ostream& stream, const end_bag&) {
-    if (format_base_t* format = get_format(stream)) format->end_bag(stream);
+    if (format_base_t* format = get_format(stream))
+        format->end_bag(stream);
     return stream;
 }
 std::ostream& operator<<(std::ostream& stream, const begin_sequence&) {
-    if (format_base_t* format = get_format(stream)) format->begin_sequence(stream);
+    if (format_base_t* format = get_format(stream))
+        format->begin_sequence(stream);
     return stream;
 }
 std::ostream& operator<<(std::ostream& stream, const end_sequence&) {
-    if (format_base_t* format = get_format(stream)) format->end_sequence(stream);
+    if (format_base_t* format = get_format(stream))
+        format->end_sequence(stream);
     return stream;
 }
 std::ostream& operator<<(std::ostream& stream, const begin_atom& manipulator) {
@@ -48,7 +52,8 @@ std::ostream& operator<<(std::ostream& stream, const begin_atom& manipulator) {
     return stream;
 }
 std::ostream& operator<<(std::ostream& stream, const end_atom&) {
-    if (format_base_t* format = get_format(stream)) format->end_atom(stream);
+    if (format_base_t* format = get_format(stream))
+        format->end_atom(stream);
     return stream;
 }
 

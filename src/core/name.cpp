@@ -64,7 +64,8 @@ public:
         shard_t& shard = shards_m[hash & 7];
         std::lock_guard<std::mutex> lock(shard.mutex);
         auto found = shard.set.find_hashed(text, hash);
-        if (found != shard.set.end()) return *found;
+        if (found != shard.set.end())
+            return *found;
         const char* pooled = shard.pool.add(text, std::strlen(text));
         return *shard.set.insert_hashed(pooled, hash).first;
     }
@@ -88,7 +89,9 @@ name_table_t& name_table() {
 
 } // namespace
 
-const char* name_t::empty_text() noexcept { return empty_string; }
+const char* name_t::empty_text() noexcept {
+    return empty_string;
+}
 
 name_t::name_t(const char* text)
     : text_m(text && *text ? name_table().intern(text) : empty_text()) {}
@@ -96,7 +99,9 @@ name_t::name_t(const char* text)
 name_t::name_t(static_name_t name)
     : text_m(*name.text ? name_table().intern_static(name.text, name.hash) : empty_text()) {}
 
-std::ostream& operator<<(std::ostream& stream, name_t name) { return stream << name.c_str(); }
+std::ostream& operator<<(std::ostream& stream, name_t name) {
+    return stream << name.c_str();
+}
 
 } // namespace version_1
 } // namespace vorlen

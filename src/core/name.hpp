@@ -25,7 +25,9 @@ struct static_name_t {
     consteval static_name_t(const char* t) : text(t), hash(name_hash(t)) {}
 };
 
-consteval static_name_t operator""_name(const char* text, std::size_t) { return static_name_t(text); }
+consteval static_name_t operator""_name(const char* text, std::size_t) {
+    return static_name_t(text);
+}
 
 inline namespace version_1 {
 
@@ -42,7 +44,9 @@ public:
 
     /// Interning makes equal texts share a pointer, so identity is equality.
     friend bool operator==(name_t a, name_t b) noexcept { return a.text_m == b.text_m; }
-    friend bool operator<(name_t a, name_t b) noexcept { return std::strcmp(a.text_m, b.text_m) < 0; }
+    friend bool operator<(name_t a, name_t b) noexcept {
+        return std::strcmp(a.text_m, b.text_m) < 0;
+    }
 
 private:
     static const char* empty_text() noexcept;

@@ -69,7 +69,8 @@ void serialize_value<std::string>(const std::string& value, std::ostream& stream
 template <>
 void serialize_value<array_t>(const array_t& value, std::ostream& stream) {
     stream << begin_sequence();
-    for (const any_regular_t& element : value) element.serialize(stream);
+    for (const any_regular_t& element : value)
+        element.serialize(stream);
     stream << end_sequence();
 }
 
@@ -77,7 +78,8 @@ template <>
 void serialize_value<dictionary_t>(const dictionary_t& value, std::ostream& stream) {
     std::vector<const dictionary_t::value_type*> entries;
     entries.reserve(value.size());
-    for (const auto& entry : value) entries.push_back(&entry);
+    for (const auto& entry : value)
+        entries.push_back(&entry);
     std::sort(entries.begin(), entries.end(), [](const auto* a, const auto* b) {
         return std::strcmp(a->first.c_str(), b->first.c_str()) < 0;
     });

@@ -30,12 +30,14 @@ public:
         auto found = std::lower_bound(
             rows_m.begin(), rows_m.end(), key,
             [this](const entry_type& row, const Key& k) { return compare_m(row.first, k); });
-        if (found == rows_m.end() || compare_m(key, found->first)) return nullptr;
+        if (found == rows_m.end() || compare_m(key, found->first))
+            return nullptr;
         return &found->second;
     }
 
     const Value& find(const Key& key) const {
-        if (const Value* value = find_if(key)) return *value;
+        if (const Value* value = find_if(key))
+            return *value;
         throw std::logic_error("static_table key not found");
     }
 

@@ -23,7 +23,8 @@ stream_error_t::stream_error_t(const std::exception& base, const line_position_t
 
 std::string format_stream_error(const std::exception& error) {
     auto* stream_error = dynamic_cast<const stream_error_t*>(&error);
-    if (!stream_error || stream_error->line_position_set().empty()) return error.what();
+    if (!stream_error || stream_error->line_position_set().empty())
+        return error.what();
     return format_position(stream_error->line_position_set().front()) + ": " + error.what();
 }
 

@@ -33,7 +33,8 @@ const type_table_t& type_table() {
 } // namespace
 
 name_t type_name(const std::type_info& type) {
-    if (const name_t* found = type_table().find_if(&type)) return *found;
+    if (const name_t* found = type_table().find_if(&type))
+        return *found;
     return name_t(demangled_name(type).c_str());
 }
 

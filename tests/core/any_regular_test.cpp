@@ -40,7 +40,8 @@ TEST(AnyRegular, KindsHaveTheirTypeNames) {
                           {any_regular_t("text"), "string"},
                           {any_regular_t(array_t{any_regular_t(1.0)}), "array"},
                           {any_regular_t(dictionary), "dictionary"}};
-    for (const row_t& row : rows) EXPECT_EQ(type_name(row.value.type_info()), name_t(row.type));
+    for (const row_t& row : rows)
+        EXPECT_EQ(type_name(row.value.type_info()), name_t(row.type));
     EXPECT_EQ(any_regular_t(3).cast<double>(), 3.0) << "integers are stored as numbers";
 }
 

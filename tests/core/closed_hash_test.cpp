@@ -20,7 +20,8 @@ using int_map_t = closed_hash_map<int, std::string, identity_hash_t, std::equal_
 
 std::vector<int> keys_of(const int_map_t& map) {
     std::vector<int> keys;
-    for (const auto& entry : map) keys.push_back(entry.first);
+    for (const auto& entry : map)
+        keys.push_back(entry.first);
     return keys;
 }
 
@@ -34,7 +35,8 @@ TEST(ClosedHash, DefaultTableHasNoStorage) {
     EXPECT_EQ(empty.find(name_t("a")), empty.end());
     EXPECT_EQ(empty.count(name_t("a")), 0u);
     int visited = 0;
-    for (const auto& entry : empty) visited += entry.first ? 1 : 1;
+    for (const auto& entry : empty)
+        visited += entry.first ? 1 : 1;
     EXPECT_EQ(visited, 0);
 }
 
@@ -92,7 +94,8 @@ TEST(ClosedHash, GrowthKeepsIterationOrder) {
     EXPECT_EQ(map.capacity(), 163u);
     // After growth every key has a home of its own, and chains follow the old visiting order.
     EXPECT_EQ(keys_of(map), before);
-    for (int key : before) EXPECT_EQ(map.find(key)->second, std::to_string(key));
+    for (int key : before)
+        EXPECT_EQ(map.find(key)->second, std::to_string(key));
 }
 
 TEST(ClosedHash, InsertKeepsExistingValueAndIndexInserts) {
@@ -156,13 +159,15 @@ TEST(ClosedHash, RandomOperationsAgreeWithStdMap) {
         EXPECT_EQ(found->second, value);
     }
     size_t visited = 0;
-    for (const auto& entry : map) visited += reference.count(entry.first);
+    for (const auto& entry : map)
+        visited += reference.count(entry.first);
     EXPECT_EQ(visited, reference.size());
 }
 
 TEST(ClosedHash, CopiesAndMoves) {
     int_map_t map;
-    for (int i = 0; i != 20; ++i) map.insert({i * 7, std::to_string(i)});
+    for (int i = 0; i != 20; ++i)
+        map.insert({i * 7, std::to_string(i)});
     int_map_t copy(map);
     EXPECT_EQ(copy, map);
     EXPECT_EQ(keys_of(copy), keys_of(map));

@@ -93,9 +93,11 @@ TEST(Name, SameTextFromManyThreadsYieldsOnePointer) {
                 seen[t].push_back(name_t(("threaded_" + std::to_string(i)).c_str()).c_str());
         });
     }
-    for (auto& thread : threads) thread.join();
+    for (auto& thread : threads)
+        thread.join();
     for (int i = 0; i != names; ++i) {
-        for (int t = 1; t != thread_count; ++t) ASSERT_EQ(seen[0][i], seen[t][i]) << i;
+        for (int t = 1; t != thread_count; ++t)
+            ASSERT_EQ(seen[0][i], seen[t][i]) << i;
         ASSERT_EQ(std::string(seen[0][i]), "threaded_" + std::to_string(i));
     }
     EXPECT_EQ(std::set<const char*>(seen[0].begin(), seen[0].end()).size(), size_t(names));

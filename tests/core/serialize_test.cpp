@@ -30,7 +30,8 @@ std::string as_expression(const any_regular_t& value) {
 
 dictionary_t make_dictionary(std::initializer_list<std::pair<const char*, any_regular_t>> pairs) {
     dictionary_t result;
-    for (const auto& [key, value] : pairs) result.insert({name_t(key), value});
+    for (const auto& [key, value] : pairs)
+        result.insert({name_t(key), value});
     return result;
 }
 
@@ -54,7 +55,8 @@ TEST(NumberText, RoundTripsRandomDoubles) {
         std::uint64_t bits = random();
         double x;
         std::memcpy(&x, &bits, sizeof x);
-        if (!std::isfinite(x)) continue;
+        if (!std::isfinite(x))
+            continue;
         const std::string text = number_text(x);
         ASSERT_EQ(std::strtod(text.c_str(), nullptr), x) << text;
     }
@@ -79,11 +81,11 @@ TEST(Serialize, DictionaryKeysComeOutSorted) {
 }
 
 TEST(Serialize, ExpressionFormatNestsAndQuotes) {
-    const any_regular_t nested(array_t{
-        any_regular_t(1.0), any_regular_t("say \"hi\"\n"), any_regular_t(name_t("n")),
-        any_regular_t(), any_regular_t(array_t{}),
-        any_regular_t(make_dictionary({{"k", any_regular_t(array_t{any_regular_t(false)})},
-                                       {"d", any_regular_t(dictionary_t())}}))});
+    const any_regular_t nested(
+        array_t{any_regular_t(1.0), any_regular_t("say \"hi\"\n"), any_regular_t(name_t("n")),
+                any_regular_t(), any_regular_t(array_t{}),
+                any_regular_t(make_dictionary({{"k", any_regular_t(array_t{any_regular_t(false)})},
+                                               {"d", any_regular_t(dictionary_t())}}))});
     EXPECT_EQ(as_expression(nested),
               "[1, \"say \\\"hi\\\"\\n\", @n, empty, [], {d: {}, k: [false]}]");
     EXPECT_EQ(as_expression(any_regular_t(-0.5)), "-0.5");
