@@ -21,6 +21,22 @@ const capture_allocator_t& default_capture_allocator() noexcept;
 /// The first capacity of the fixed prime table that is not less than `wanted`.
 std::size_t closed_hash_capacity(std::size_t wanted) noexcept;
 
+/// hash mod capacity. Capacities come from a fixed table, so each case divides by a constant,
+/// which the compiler turns into a multiplication: a lookup is dominated by the division else.
+inline std::size_t closed_hash_slot(std::uint64_t hash, std::size_t capacity) noexcept {
+    switch (capacity) {
+#define QAFUI_SLOT_CASE(c)                                                                         \
+    case c:                                                                                        \
+        return static_cast<std::size_t>(hash % c##ULL);
+        QAFUI_SLOT_CASE(3)
+        QAFUI_SLOT_CASE(7) QAFUI_SLOT_CASE(17) QAFUI_SLOT_CASE(37) QAFUI_SLOT_CASE(79)
+            QAFUI_SLOT_CASE(163) QAFUI_SLOT_CASE(331) QAFUI_SLOT_CASE(673) QAFUI_SLOT_CASE(1361)
+                QAFUI_SLOT_CASE(2729) QAFUI_SLOT_CASE(5471) QAFUI_SLOT_CASE(10949)
+#undef QAFUI_SLOT_CASE
+                    default : return static_cast<std::size_t>(hash % capacity);
+    }
+}
+
 /// A hash set with every slot in one block behind a single pointer. Each slot is either free or
 /// in use; slots in use form one doubly linked list in the order chains were first inserted, the
 /// others form the free list. Collided entries live in slots taken from the free list and are
@@ -162,7 +178,7 @@ public:
     iterator find_hashed(const key_type& key, std::uint64_t hash) {
         if (!header_m)
             return end();
-        node_t* home = slot(hash % header_m->capacity_m);
+        node_t* home = slot(closed_hash_slot(hash, header_m->capacity_m));
         if (home->state() != state_head)
             return end();
         node_t* found = find_in_chain(home, key);
@@ -186,7 +202,7 @@ public:
             if (wanted > capacity())
                 reserve(wanted);
         }
-        node_t* home = slot(hash % header_m->capacity_m);
+        node_t* home = slot(closed_hash_slot(hash, header_m->capacity_m));
         switch (home->state()) {
         case state_head: {
             if (node_t* found = find_in_chain(home, KeyTransform()(value)))

@@ -62,7 +62,8 @@ struct name_hash_t {
 };
 struct name_equal_t {
     bool operator()(name_t a, name_t b) const noexcept {
-        return std::strcmp(a.c_str(), b.c_str()) == 0;
+        // Interned texts that are equal share a pointer; the text decides otherwise.
+        return a.c_str() == b.c_str() || std::strcmp(a.c_str(), b.c_str()) == 0;
     }
 };
 

@@ -43,6 +43,18 @@ public:
     /// `op` is an operator token's text such as ".add"; checked before the operator table.
     void set_operator_override(name_t op, operator_override_t function);
 
+    /// Token streams nested deeper than this (deferred operands evaluating deferred operands, or
+    /// lookups re-entering the machine) are refused with `std::runtime_error`.
+    static constexpr int max_depth = 256;
+
+    /// A budget of tokens for one outermost `evaluate` call, nested streams included; exceeding
+    /// it throws `std::runtime_error`. 0, the default, is unlimited.
+    void set_step_limit(std::uint64_t limit);
+    std::uint64_t step_limit() const noexcept;
+
+    /// The number of values on the stack.
+    std::size_t size() const noexcept;
+
     struct implementation_t;
 
 private:
