@@ -25,15 +25,19 @@ std::size_t closed_hash_capacity(std::size_t wanted) noexcept;
 /// which the compiler turns into a multiplication: a lookup is dominated by the division else.
 inline std::size_t closed_hash_slot(std::uint64_t hash, std::size_t capacity) noexcept {
     switch (capacity) {
-#define QAFUI_SLOT_CASE(c)                                                                         \
-    case c:                                                                                        \
-        return static_cast<std::size_t>(hash % c##ULL);
-        QAFUI_SLOT_CASE(3)
-        QAFUI_SLOT_CASE(7) QAFUI_SLOT_CASE(17) QAFUI_SLOT_CASE(37) QAFUI_SLOT_CASE(79)
-            QAFUI_SLOT_CASE(163) QAFUI_SLOT_CASE(331) QAFUI_SLOT_CASE(673) QAFUI_SLOT_CASE(1361)
-                QAFUI_SLOT_CASE(2729) QAFUI_SLOT_CASE(5471) QAFUI_SLOT_CASE(10949)
-#undef QAFUI_SLOT_CASE
-                    default : return static_cast<std::size_t>(hash % capacity);
+    case 3: return static_cast<std::size_t>(hash % 3ULL);
+    case 7: return static_cast<std::size_t>(hash % 7ULL);
+    case 17: return static_cast<std::size_t>(hash % 17ULL);
+    case 37: return static_cast<std::size_t>(hash % 37ULL);
+    case 79: return static_cast<std::size_t>(hash % 79ULL);
+    case 163: return static_cast<std::size_t>(hash % 163ULL);
+    case 331: return static_cast<std::size_t>(hash % 331ULL);
+    case 673: return static_cast<std::size_t>(hash % 673ULL);
+    case 1361: return static_cast<std::size_t>(hash % 1361ULL);
+    case 2729: return static_cast<std::size_t>(hash % 2729ULL);
+    case 5471: return static_cast<std::size_t>(hash % 5471ULL);
+    case 10949: return static_cast<std::size_t>(hash % 10949ULL);
+    default: return static_cast<std::size_t>(hash % capacity);
     }
 }
 
@@ -224,9 +228,7 @@ public:
             unlink(home);
             break;
         }
-        default:
-            unlink(home);
-            break;
+        default: unlink(home); break;
         }
         construct(home, std::forward<U>(value));
         home->set_state(state_head);
