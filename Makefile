@@ -3,7 +3,7 @@ BUILD ?= build
 CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps configure build run test bench sanitize format clean
+.PHONY: all deps configure build run test bench sanitize format clean update-golden
 
 all: build
 
@@ -31,6 +31,11 @@ sanitize: deps
 	  -DQAFUI_SANITIZE=address,undefined -DCMAKE_BUILD_TYPE=Debug > /dev/null
 	@cmake --build build-asan -j $(JOBS)
 	@ctest --test-dir build-asan --output-on-failure -j $(JOBS)
+
+# Rewrites the golden images in tests/golden/ from the current rendering. Run it by hand after
+# a deliberate change and look at the images before committing them; CI never writes goldens.
+update-golden: build
+	@QAFUI_UPDATE_GOLDEN=1 ctest --test-dir $(BUILD) -R Golden --output-on-failure -j $(JOBS)
 
 format:
 	@find src apps tests bench -name '*.cpp' -o -name '*.hpp' | xargs clang-format -i

@@ -47,8 +47,9 @@ public:
     /// lookups re-entering the machine) are refused with `std::runtime_error`.
     static constexpr int max_depth = 256;
 
-    /// A budget of tokens for one outermost `evaluate` call, nested streams included; exceeding
-    /// it throws `std::runtime_error`. 0, the default, is unlimited.
+    /// A budget of tokens for one outermost `evaluate` call: each stream it runs, nested ones
+    /// and those of re-entering lookups included, is charged its length when it is entered.
+    /// Exceeding the budget throws `std::runtime_error`. 0, the default, is unlimited.
     void set_step_limit(std::uint64_t limit);
     std::uint64_t step_limit() const noexcept;
 

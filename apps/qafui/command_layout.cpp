@@ -1,0 +1,133 @@
+// qafui layout FILE [--width W] [--height H]: solves a layout script with every widget a box of
+// its `width` and `height` arguments and prints the report of the placed tree.
+
+#include "command.hpp"
+
+#include "core/expression/virtual_machine.hpp"
+#include "core/stream_error.hpp"
+#include "layout/box_layout.hpp"
+#include "layout/layout_reader.hpp"
+
+#include <cctype>
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace qafui::cli {
+
+namespace {
+
+const char usage_text[] =
+    "usage: qafui layout FILE [--width W] [--height H]\n"
+    "\n"
+    "Reads a layout script (.tss), makes every widget a box whose natural size is its\n"
+    "`width` and `height` arguments (0 when absent), solves the layout and prints the\n"
+    "placed tree, one widget a line.\n"
+    "\n"
+    "options:\n"
+    "  --width W    solve for a root width of W pixels (0, the default: the natural width)\n"
+    "  --height H   solve for a root height of H pixels (0, the default: the natural height)\n"
+    "\n"
+    "`layout_script` inserts the file IDENTIFIER.tss found next to FILE (also in upper or\n"
+    "lower case).\n";
+
+std::optional<std::string> read_file(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in)
+        return std::nullopt;
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+bool read_length(const std::string& text, std::int32_t& out) {
+    const char* end = text.data() + text.size();
+    auto [ptr, error] = std::from_chars(text.data(), end, out);
+    return error == std::errc() && ptr == end && out >= 0;
+}
+
+std::string with_case(std::string text, int (*convert)(int)) {
+    for (char& c : text)
+        c = static_cast<char>(convert(static_cast<unsigned char>(c)));
+    return text;
+}
+
+int run(const command_t& command, const std::vector<std::string>& arguments) {
+    std::string file;
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+    for (std::size_t i = 0; i != arguments.size(); ++i) {
+        const std::string& argument = arguments[i];
+        if (argument == "--width" || argument == "--height") {
+            if (i + 1 == arguments.size())
+                return usage_error(command, argument + " needs a number");
+            if (!read_length(arguments[++i], argument == "--width" ? width : height))
+                return usage_error(command,
+                                   argument + ": '" + arguments[i] + "' is not a length in pixels");
+        } else if (!argument.empty() && argument[0] == '-') {
+            return usage_error(command, "unknown option '" + argument + "'");
+        } else if (file.empty()) {
+            file = argument;
+        } else {
+            return usage_error(command, "one FILE only");
+        }
+    }
+    if (file.empty())
+        return usage_error(command, "no FILE given");
+
+    const std::optional<std::string> text = read_file(file);
+    if (!text) {
+        std::cerr << "qafui layout: cannot read '" << file << "'\n";
+        return 1;
+    }
+
+    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+    vorlen::layout_reader_options_t options;
+    options.provider =
+        [folder](const std::string& identifier) -> std::optional<vorlen::layout_source_t> {
+        for (const std::string& name :
+             {identifier, with_case(identifier, ::toupper), with_case(identifier, ::tolower)}) {
+            const std::filesystem::path path = folder / (name + ".tss");
+            if (std::optional<std::string> inserted = read_file(path))
+                return vorlen::layout_source_t{*inserted, vorlen::name_t(path.string().c_str())};
+        }
+        return std::nullopt;
+    };
+    // Without the editor's tables a localisable text shows its default, the part after '='.
+    if (!vorlen::localization_ready())
+        vorlen::set_localization_proc([](const std::string& key) {
+            const std::size_t equal = key.find('=');
+            return key.rfind("$$$/", 0) == 0 && equal != std::string::npos ? key.substr(equal + 1)
+                                                                           : key;
+        });
+
+    try {
+        const vorlen::layout_description_t description =
+            vorlen::parse_layout_script(*text, vorlen::name_t(file.c_str()), options);
+        vorlen::box_layout_t layout(description.view);
+        layout.solve(width, height);
+        std::cout << layout.report();
+    } catch (const std::exception& error) {
+        std::cerr << "qafui layout: " << vorlen::format_stream_error(error) << "\n";
+        return 1;
+    }
+    return 0;
+}
+
+const command_registration_t registration(command_t{
+    "layout", "solve a layout script as boxes and print the placed tree", usage_text,
+    [](const std::vector<std::string>& arguments) {
+        for (const command_t& command : commands())
+            if (command.name == "layout")
+                return run(command, arguments);
+        return 1;
+    }});
+
+} // namespace
+
+} // namespace qafui::cli

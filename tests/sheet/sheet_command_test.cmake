@@ -1,0 +1,42 @@
+# Runs `qafui sheet` and `qafui check` on the scripts in data/ and checks output and status.
+# Usage: cmake -DQAFUI=path/to/qafui -DDATA=path/to/data -P sheet_command_test.cmake
+
+# expect(STATUS OUT_REGEX ERR_REGEX ARGS...)
+function(expect status out_regex err_regex)
+  execute_process(COMMAND ${QAFUI} ${ARGN} WORKING_DIRECTORY ${DATA}
+                  RESULT_VARIABLE actual_status OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  if(NOT actual_status EQUAL status OR NOT out MATCHES "${out_regex}" OR NOT err MATCHES "${err_regex}")
+    message(SEND_ERROR "qafui ${ARGN}\n  status ${actual_status} (want ${status})\n"
+                       "  stdout: ${out}  (want ${out_regex})\n  stderr: ${err}  (want ${err_regex})")
+  endif()
+endfunction()
+
+# Steps run in the order given; the two-way pair follows the side set last.
+expect(0 "^a = 4\nb = 2\na = 10\nb = 5\n$" "^$"
+       sheet pair.mrl --update --get a --get b --set a=10 --update --get a --get b)
+# --set evaluates against the sheet; reinitialize carries a new parameter to its control.
+expect(0 "^out0 = 0.25\nlevel = 2.5\n$" "^$"
+       sheet pair.mrl --set in0=in0/2 --reinitialize --update --get out0 --get level)
+# Monitors report at once and then as they fire, outputs first, enabling last.
+expect(0 "^monitor_value sum = empty\nmonitor_invariant_dependent sum = true\nmonitor_value sum = 6\n$"
+       "^$" sheet pair.mrl --monitor sum --update --update)
+expect(0 "^monitor_value a = empty\nmonitor_invariant_dependent a = true\nmonitor_enabled a = false\nmonitor_value sum = empty\nmonitor_invariant_dependent sum = true\nmonitor_value a = 4\nmonitor_value sum = 6\nmonitor_enabled a = false\n$"
+       "^$" sheet pair.mrl --monitor a --monitor sum --update)
+expect(0 "^sum = 6\n$" "^$" sheet pair.mrl --touch b,a --update --get sum)
+# Failures: FILE:LINE:COLUMN where there is a place, status 1; usage errors status 2.
+expect(1 "^$" "missing_semicolon.mrl:4:1: property model description: expected ';', found '}'"
+       sheet missing_semicolon.mrl)
+expect(1 "^$" "input cell out0 does not exist\\." sheet pair.mrl --set out0=1)
+expect(1 "^$" "variable nosuch not found\\." sheet pair.mrl --update --get nosuch)
+expect(1 "^$" "Attempt to monitor nonexistent cell: nosuch" sheet pair.mrl --monitor nosuch)
+expect(1 "^$" "--set a:1:2: expected an expression" sheet pair.mrl --set a=[)
+expect(1 "^$" "nothing.mrl: cannot read the file" sheet nothing.mrl)
+expect(2 "^$" "no FILE given" sheet --update)
+expect(2 "^$" "unknown option '--nosuch'" sheet pair.mrl --nosuch)
+
+# check: "FILE: ok", or the first error of each file; status 1 when any failed.
+expect(0 "^pair.mrl: ok\n$" "^$" check pair.mrl)
+expect(1 "^pair.mrl: ok\n$"
+       "^missing_semicolon.mrl:4:1: property model description: expected ';', found '}'\nunknown_kind.xyz: unknown kind of file '.xyz' \\(known: .mrl\\)\n$"
+       check missing_semicolon.mrl pair.mrl unknown_kind.xyz)
+expect(2 "^$" "no FILE given" check)
