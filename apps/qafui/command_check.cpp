@@ -2,8 +2,11 @@
 // each as FILE:LINE:COLUMN: message.
 
 #include "command.hpp"
+#include "layout_files.hpp"
 
 #include "core/stream_error.hpp"
+#include "layout/box_layout.hpp"
+#include "layout/layout_reader.hpp"
 #include "sheet/sheet.hpp"
 #include "sheet/sheet_reader.hpp"
 
@@ -28,6 +31,13 @@ void check_sheet_script(std::string_view text, vorlen::name_t file) {
     vorlen::parse_sheet_script(text, file, sheet);
 }
 
+void check_layout_script(std::string_view text, vorlen::name_t file) {
+    const vorlen::layout_description_t description =
+        vorlen::parse_layout_script(text, file, layout_file_options(file.c_str()));
+    vorlen::box_layout_t layout(description.view);
+    layout.solve(0, 0);
+}
+
 struct checker_t {
     const char* extension; // lower case, with the dot
     const char* kind;
@@ -37,6 +47,7 @@ struct checker_t {
 // One row per kind of file; a new kind of resource is one more row and its function.
 const checker_t checkers[] = {
     {".mrl", "sheet script", &check_sheet_script},
+    {".tss", "layout script", &check_layout_script},
 };
 
 std::string usage() {
@@ -108,8 +119,8 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
 }
 
 const command_registration_t registration(command_t{
-    "check", "check resource files (sheet scripts) and report the first error of each", usage(),
-    [](const std::vector<std::string>& arguments) {
+    "check", "check resource files (sheet and layout scripts) and report the first error of each",
+    usage(), [](const std::vector<std::string>& arguments) {
         for (const command_t& command : commands())
             if (command.name == "check")
                 return run(command, arguments);

@@ -2,6 +2,7 @@
 // its `width` and `height` arguments and prints the report of the placed tree.
 
 #include "command.hpp"
+#include "layout_files.hpp"
 
 #include "core/expression/virtual_machine.hpp"
 #include "core/stream_error.hpp"
@@ -51,12 +52,6 @@ bool read_length(const std::string& text, std::int32_t& out) {
     return error == std::errc() && ptr == end && out >= 0;
 }
 
-std::string with_case(std::string text, int (*convert)(int)) {
-    for (char& c : text)
-        c = static_cast<char>(convert(static_cast<unsigned char>(c)));
-    return text;
-}
-
 int run(const command_t& command, const std::vector<std::string>& arguments) {
     std::string file;
     std::int32_t width = 0;
@@ -86,25 +81,7 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
         return 1;
     }
 
-    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
-    vorlen::layout_reader_options_t options;
-    options.provider =
-        [folder](const std::string& identifier) -> std::optional<vorlen::layout_source_t> {
-        for (const std::string& name :
-             {identifier, with_case(identifier, ::toupper), with_case(identifier, ::tolower)}) {
-            const std::filesystem::path path = folder / (name + ".tss");
-            if (std::optional<std::string> inserted = read_file(path))
-                return vorlen::layout_source_t{*inserted, vorlen::name_t(path.string().c_str())};
-        }
-        return std::nullopt;
-    };
-    // Without the editor's tables a localisable text shows its default, the part after '='.
-    if (!vorlen::localization_ready())
-        vorlen::set_localization_proc([](const std::string& key) {
-            const std::size_t equal = key.find('=');
-            return key.rfind("$$$/", 0) == 0 && equal != std::string::npos ? key.substr(equal + 1)
-                                                                           : key;
-        });
+    const vorlen::layout_reader_options_t options = layout_file_options(file);
 
     try {
         const vorlen::layout_description_t description =

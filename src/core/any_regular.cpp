@@ -8,21 +8,6 @@ inline namespace version_1 {
 
 using implementation::traits;
 
-any_regular_t::any_regular_t() noexcept {
-    traits<empty_t>::construct(*this, empty_t());
-}
-any_regular_t::any_regular_t(double x) noexcept {
-    traits<double>::construct(*this, x);
-}
-any_regular_t::any_regular_t(bool x) noexcept {
-    traits<bool>::construct(*this, x);
-}
-any_regular_t::any_regular_t(name_t x) noexcept {
-    traits<name_t>::construct(*this, x);
-}
-any_regular_t::any_regular_t(empty_t x) noexcept {
-    traits<empty_t>::construct(*this, x);
-}
 any_regular_t::any_regular_t(std::string x) {
     traits<std::string>::construct(*this, std::move(x));
 }
@@ -34,22 +19,10 @@ any_regular_t::any_regular_t(dictionary_t x) noexcept {
     traits<dictionary_t>::construct(*this, std::move(x));
 }
 
-any_regular_t::any_regular_t(const any_regular_t& x) {
-    x.vtable_m->clone(x, *this);
-}
-
-any_regular_t::any_regular_t(any_regular_t&& x) noexcept {
-    x.vtable_m->move_clone(x, *this);
-}
-
 any_regular_t& any_regular_t::operator=(any_regular_t x) noexcept {
     vtable_m->destruct(*this);
     x.vtable_m->move_clone(x, *this);
     return *this;
-}
-
-any_regular_t::~any_regular_t() {
-    vtable_m->destruct(*this);
 }
 
 void any_regular_t::swap(any_regular_t& x) noexcept {

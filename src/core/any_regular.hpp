@@ -223,6 +223,32 @@ void serialize_value<dictionary_t>(const dictionary_t&, std::ostream&);
 
 } // namespace implementation
 
+// The small kinds are made and copied on every step of an evaluation: keep them inline.
+inline any_regular_t::any_regular_t() noexcept {
+    implementation::traits<empty_t>::construct(*this, empty_t());
+}
+inline any_regular_t::any_regular_t(double x) noexcept {
+    implementation::traits<double>::construct(*this, x);
+}
+inline any_regular_t::any_regular_t(bool x) noexcept {
+    implementation::traits<bool>::construct(*this, x);
+}
+inline any_regular_t::any_regular_t(name_t x) noexcept {
+    implementation::traits<name_t>::construct(*this, x);
+}
+inline any_regular_t::any_regular_t(empty_t x) noexcept {
+    implementation::traits<empty_t>::construct(*this, x);
+}
+inline any_regular_t::any_regular_t(const any_regular_t& x) {
+    x.vtable_m->clone(x, *this);
+}
+inline any_regular_t::any_regular_t(any_regular_t&& x) noexcept {
+    x.vtable_m->move_clone(x, *this);
+}
+inline any_regular_t::~any_regular_t() {
+    vtable_m->destruct(*this);
+}
+
 template <typename T>
 any_regular_t any_regular_t::make(T value) {
     any_regular_t result{no_init_t()};

@@ -1,4 +1,4 @@
-// The XML entity table and the escaping helpers of Part 2.5.
+// The XML entity table and the escaping helpers.
 
 #include "core/xml_text.hpp"
 

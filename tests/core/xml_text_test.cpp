@@ -1,4 +1,4 @@
-// The XML entity table and xml_escape / xml_unescape of Part 2.5.
+// The XML entity table and xml_escape / xml_unescape.
 
 #include "core/xml_text.hpp"
 

@@ -1,4 +1,4 @@
-# Runs `qafui sheet` and `qafui check` on the scripts in data/ and checks output and status.
+# Runs `qafui sheet` and `qafui check` on the scripts and layouts in data/ and checks output and status.
 # Usage: cmake -DQAFUI=path/to/qafui -DDATA=path/to/data -P sheet_command_test.cmake
 
 # expect(STATUS OUT_REGEX ERR_REGEX ARGS...)
@@ -37,6 +37,10 @@ expect(2 "^$" "unknown option '--nosuch'" sheet pair.mrl --nosuch)
 # check: "FILE: ok", or the first error of each file; status 1 when any failed.
 expect(0 "^pair.mrl: ok\n$" "^$" check pair.mrl)
 expect(1 "^pair.mrl: ok\n$"
-       "^missing_semicolon.mrl:4:1: property model description: expected ';', found '}'\nunknown_kind.xyz: unknown kind of file '.xyz' \\(known: .mrl\\)\n$"
+       "^missing_semicolon.mrl:4:1: property model description: expected ';', found '}'\nunknown_kind.xyz: unknown kind of file '.xyz' \\(known: .mrl, .tss\\)\n$"
        check missing_semicolon.mrl pair.mrl unknown_kind.xyz)
 expect(2 "^$" "no FILE given" check)
+# Layout scripts are checked by solving them; layout_script finds its layout beside the file.
+expect(0 "^panel.tss: ok\n$" "^$" check panel.tss)
+expect(1 "^$" "^two_leaves.tss:3:36: layout description: expected ';', '{' or '}', found 'button'\n$"
+       check two_leaves.tss)

@@ -535,3 +535,17 @@ interface:
     EXPECT_EQ(i.inspect("swap.a"), any_regular_t(2.0));
     EXPECT_EQ(i.inspect("swap.b"), any_regular_t(1.0));
 }
+
+TEST(SheetUpdate, LongChainsOfCellsEvaluateThroughNestedReads) {
+    // Each output reads the one before it, so reading the last nests one machine entry per cell.
+    std::string script = "sheet Chain {\ninput: c0: 1;\noutput:\n";
+    constexpr int length = 900;
+    for (int i = 1; i <= length; ++i)
+        script += "c" + std::to_string(i) + " <== c" + std::to_string(i - 1) + " + 1;\n";
+    script += "}\n";
+    vorlen::testing::script_sheet_t chain(script);
+    chain.sheet.update();
+    EXPECT_EQ(chain.number(("c" + std::to_string(length)).c_str()), length + 1.0);
+    chain.set_update("c0", vorlen::any_regular_t(10.0));
+    EXPECT_EQ(chain.number(("c" + std::to_string(length)).c_str()), length + 10.0);
+}

@@ -1,4 +1,4 @@
-// expression_formatter_t of Part 2.3: the 21-row table, the texts, indentation and one-line mode.
+// expression_formatter_t: the 21-row table, the texts, indentation and one-line mode.
 
 #include "core/expression/expression_formatter.hpp"
 

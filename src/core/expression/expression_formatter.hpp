@@ -8,7 +8,7 @@
 
 namespace vorlen {
 
-/// Turns a postfix token stream (Part 2.3) back into expression text. One instance serves one
+/// Turns a postfix token stream back into expression text. One instance serves one
 /// call of `format_expression`; it is not shared.
 class expression_formatter_t {
 public:

@@ -1,4 +1,4 @@
-// The stack machine of Part 2.4: operator dispatch by binary search over a static table sorted
+// The stack machine: operator dispatch by binary search over a static table sorted
 // by `strcmp`, the short-circuit and conditional operators, indexing, function calls, the
 // built-in functions and the localisation hook.
 
@@ -416,7 +416,7 @@ struct virtual_machine_t::implementation_t {
     };
     static const tables_t& tables();
 
-    // The fields of Part 2.4, in order.
+    // The fields in their fixed order.
     variable_lookup_t variable_lookup_m;
     array_function_lookup_t array_function_lookup_m;
     dictionary_function_lookup_t dictionary_function_lookup_m;
@@ -429,7 +429,8 @@ struct virtual_machine_t::implementation_t {
     std::uint64_t step_limit_m = 0;
     std::uint64_t step_budget_m = std::numeric_limits<std::uint64_t>::max(); // 0 is unlimited
     std::uint64_t steps_m = 0;
-    int depth_m = 0;
+    int depth_m = 0;   // nesting of deferred streams within one entry
+    int entries_m = 0; // entries through `virtual_machine_t::evaluate`, lookups re-entering
     const tables_t* tables_m = &tables();
 
     implementation_t() = default;
@@ -654,8 +655,6 @@ void implementation_t::evaluate(const array_t& token_stream) {
         }
         ~depth_guard_t() { --depth; }
     } guard(depth_m);
-    if (depth_m == 1)
-        steps_m = 0;
     // The budget is charged a whole stream at a time, as it is entered.
     count_steps(token_stream.size());
 
@@ -1131,8 +1130,30 @@ virtual_machine_t::virtual_machine_t(virtual_machine_t&&) noexcept = default;
 virtual_machine_t& virtual_machine_t::operator=(virtual_machine_t&&) noexcept = default;
 virtual_machine_t::~virtual_machine_t() = default;
 
+// A lookup may re-enter the machine (a sheet reading one cell from another's expression). Nested
+// streams within one entry are bounded by `max_depth`; entries have a bound of their own, wide
+// enough for a chain through every cell a sheet can hold. The step budget spans the outermost
+// entry and everything it leads to.
 void virtual_machine_t::evaluate(const array_t& token_stream) {
-    object_m->evaluate(token_stream);
+    implementation_t& self = *object_m;
+    struct entry_guard_t {
+        implementation_t& self;
+        int saved_depth;
+        explicit entry_guard_t(implementation_t& s) : self(s), saved_depth(s.depth_m) {
+            if (self.entries_m >= max_entries)
+                throw std::runtime_error("virtual_machine_t: lookups re-entered the machine "
+                                         "deeper than " +
+                                         std::to_string(max_entries) + " levels");
+            if (self.entries_m++ == 0)
+                self.steps_m = 0;
+            self.depth_m = 0;
+        }
+        ~entry_guard_t() {
+            --self.entries_m;
+            self.depth_m = saved_depth;
+        }
+    } guard(self);
+    self.evaluate(token_stream);
 }
 
 const any_regular_t& virtual_machine_t::back() const {

@@ -43,9 +43,11 @@ public:
     /// `op` is an operator token's text such as ".add"; checked before the operator table.
     void set_operator_override(name_t op, operator_override_t function);
 
-    /// Token streams nested deeper than this (deferred operands evaluating deferred operands, or
-    /// lookups re-entering the machine) are refused with `std::runtime_error`.
+    /// Token streams nested deeper than this within one entry (deferred operands evaluating
+    /// deferred operands) are refused with `std::runtime_error`.
     static constexpr int max_depth = 256;
+    /// Re-entries through lookups (a sheet reading cells from cells) may nest this deep.
+    static constexpr int max_entries = 1024;
 
     /// A budget of tokens for one outermost `evaluate` call: each stream it runs, nested ones
     /// and those of re-entering lookups included, is charged its length when it is entered.

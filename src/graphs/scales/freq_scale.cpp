@@ -25,8 +25,10 @@ double Warp(FreqScaleType type, double f) {
 
 /// Low first, then high; unlike std::clamp it is defined for an inverted range.
 double Limit(double value, double low, double high) {
-    if (value < low) return low;
-    if (value > high) return high;
+    if (value < low)
+        return low;
+    if (value > high)
+        return high;
     return value;
 }
 
@@ -35,7 +37,8 @@ double Limit(double value, double low, double high) {
 FreqScale::FreqScale(bool inverted) : inverted_(inverted) {}
 
 void FreqScale::SetSize(float size) {
-    if (size > 0.0f) size_ = size;
+    if (size > 0.0f)
+        size_ = size;
 }
 
 float FreqScale::StripTop(std::size_t channel) const {
@@ -51,13 +54,15 @@ float FreqScale::StripBottom(std::size_t channel) const {
 }
 
 FreqScale::range_t FreqScale::GetChannelYRange(std::size_t channel) const {
-    if (channel >= num_channels_) return range_t();
+    if (channel >= num_channels_)
+        return range_t();
     return range_t(StripTop(channel), StripBottom(channel));
 }
 
 std::size_t FreqScale::GetChannelFromY(float y) const {
     for (std::size_t k = 0; k < num_channels_; ++k)
-        if (StripTop(k) <= y && y <= StripBottom(k)) return k;
+        if (StripTop(k) <= y && y <= StripBottom(k))
+            return k;
     return 0;
 }
 
@@ -75,8 +80,10 @@ void FreqScale::SetTotalFreqRange(const range_t& range) {
 }
 
 void FreqScale::SetVisibleFreqRange(const range_t& range, bool force) {
-    if (!force && range == visible_range_) return;
-    if (range.high >= range.low && range.length() < 1.0f) return;
+    if (!force && range == visible_range_)
+        return;
+    if (range.high >= range.low && range.length() < 1.0f)
+        return;
     visible_range_ = range;
 }
 
@@ -87,21 +94,26 @@ void FreqScale::SetDefaultVisibleFreqRange(const range_t& range) {
 
 void FreqScale::SetDefaultVisibleFreqRange() {
     const range_t range = has_default_ ? default_range_ : total_range_;
-    if (range == visible_range_) return;
-    if (range.length() < 1.0f) return;
+    if (range == visible_range_)
+        return;
+    if (range.length() < 1.0f)
+        return;
     visible_range_ = range;
 }
 
 void FreqScale::SetScaleType(FreqScaleType type) {
-    if (type >= 6 || type < 0) return;
+    if (type >= 6 || type < 0)
+        return;
     scale_type_ = type;
 }
 
 double FreqScale::HzToRelPixelsFloat(double hz) const {
-    if (scale_type_ > kLogScale) return 0.0;
+    if (scale_type_ > kLogScale)
+        return 0.0;
     const double a = Warp(scale_type_, static_cast<double>(visible_range_.low));
     const double b = Warp(scale_type_, static_cast<double>(visible_range_.high));
-    if (a == b) return -span_margin;
+    if (a == b)
+        return -span_margin;
     const double t = (Warp(scale_type_, hz) - a) / (b - a);
     double low, high;
     RelativeSpan(low, high);
@@ -129,19 +141,22 @@ qorcore::checked_value<float> FreqScale::HzToPixels(std::size_t channel, double 
                                                     bool clamp) const {
     const qorcore::checked_value<float> relative = HzToRelPixels(hz, clamp);
     const bool exists = channel < num_channels_;
-    if (!inverted_) return {(exists ? StripTop(channel) : 1.0f) + relative.value, relative.valid};
+    if (!inverted_)
+        return {(exists ? StripTop(channel) : 1.0f) + relative.value, relative.valid};
     return {(exists ? StripBottom(channel) : 0.0f) - relative.value, relative.valid};
 }
 
 qorcore::checked_value<double> FreqScale::HzToPixelsFloat(std::size_t channel, double hz) const {
     const double relative = HzToRelPixelsFloat(hz);
     const bool exists = channel < num_channels_;
-    if (!inverted_) return {(exists ? StripTop(channel) : 1.0) + relative, true};
+    if (!inverted_)
+        return {(exists ? StripTop(channel) : 1.0) + relative, true};
     return {(exists ? StripBottom(channel) : 0.0) - relative, true};
 }
 
 double FreqScale::RelPixelsToHz(double pixels, bool clamp) const {
-    if (scale_type_ > kLogScale) return 0.0;
+    if (scale_type_ > kLogScale)
+        return 0.0;
     double low_span, high_span;
     RelativeSpan(low_span, high_span);
     const double t = low_span == high_span ? 0.0 : (pixels - low_span) / (high_span - low_span);
@@ -164,9 +179,9 @@ double FreqScale::RelPixelsToHz(double pixels, bool clamp) const {
         break;
     }
     case kLogPlus100Scale:
-        result = std::exp(std::log(low + 100.0) + t * (std::log(high + 100.0) -
-                                                        std::log(low + 100.0))) -
-                 100.0;
+        result =
+            std::exp(std::log(low + 100.0) + t * (std::log(high + 100.0) - std::log(low + 100.0))) -
+            100.0;
         break;
     case kLogPlus20Scale:
         result =
@@ -175,13 +190,15 @@ double FreqScale::RelPixelsToHz(double pixels, bool clamp) const {
         break;
     case kLogScale: result = std::exp(t * (std::log(high) - std::log(low)) + std::log(low)); break;
     }
-    if (clamp) result = result < low ? low : std::min(high, result);
+    if (clamp)
+        result = result < low ? low : std::min(high, result);
     return result;
 }
 
 double FreqScale::PixelsToHz(std::size_t channel, double pixels, bool clamp) const {
     const bool exists = channel < num_channels_;
-    if (!inverted_) return RelPixelsToHz((exists ? StripTop(channel) : 1.0) + pixels, clamp);
+    if (!inverted_)
+        return RelPixelsToHz((exists ? StripTop(channel) : 1.0) + pixels, clamp);
     return RelPixelsToHz((exists ? StripBottom(channel) : 0.0) - pixels, clamp);
 }
 
@@ -204,7 +221,8 @@ void FreqScale::ZoomVisibleFreqRange(float new_width_hz, float anchor_hz, bool f
 }
 
 void FreqScale::PanVisibleFreqRange(float delta_pixels, bool) {
-    if (visible_range_ == total_range_) return;
+    if (visible_range_ == total_range_)
+        return;
     const range_t strip = GetChannelYRange(0);
     const double a = static_cast<double>(static_cast<std::int32_t>(strip.high)) + span_margin;
     const double b = static_cast<double>(static_cast<std::int32_t>(strip.low)) - span_margin;

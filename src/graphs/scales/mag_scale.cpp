@@ -16,8 +16,10 @@ constexpr float silence_db = -400.0f;
 constexpr float silence_amplitude = 1e-20f;
 
 float LimitTo(float value, const qorcore::value_range<float>& range) {
-    if (value < range.low) return range.low;
-    if (value > range.high) return range.high;
+    if (value < range.low)
+        return range.low;
+    if (value > range.high)
+        return range.high;
     return value;
 }
 
@@ -35,32 +37,34 @@ struct heat_stop_t {
 };
 
 constexpr std::array<heat_stop_t, 13> heat_stops{{{-120, 0, 0, 0},
-                                                   {-110, 1, 3, 30},
-                                                   {-100, 1, 3, 53},
-                                                   {-90, 28, 2, 78},
-                                                   {-80, 80, 2, 110},
-                                                   {-70, 144, 3, 133},
-                                                   {-60, 182, 3, 102},
-                                                   {-50, 229, 3, 46},
-                                                   {-40, 252, 73, 31},
-                                                   {-30, 253, 174, 81},
-                                                   {-20, 254, 245, 140},
-                                                   {-10, 239, 254, 203},
-                                                   {0, 242, 255, 236}}};
+                                                  {-110, 1, 3, 30},
+                                                  {-100, 1, 3, 53},
+                                                  {-90, 28, 2, 78},
+                                                  {-80, 80, 2, 110},
+                                                  {-70, 144, 3, 133},
+                                                  {-60, 182, 3, 102},
+                                                  {-50, 229, 3, 46},
+                                                  {-40, 252, 73, 31},
+                                                  {-30, 253, 174, 81},
+                                                  {-20, 254, 245, 140},
+                                                  {-10, 239, 254, 203},
+                                                  {0, 242, 255, 236}}};
 
 } // namespace
 
 MagScale::MagScale() = default;
 
 void MagScale::SetHeight(float height) {
-    if (!(height > 0.0f)) return;
+    if (!(height > 0.0f))
+        return;
     height_ = height;
     RefreshCoefficients();
 }
 
 void MagScale::RefreshCoefficients() {
     const range_t& linear = visible_linear_range_;
-    if (!(linear.high >= linear.low)) return;
+    if (!(linear.high >= linear.low))
+        return;
     const float bottom = Bottom();
     log_gain_ = (top_row - bottom) /
                 std::log((linear.high + linear_offset_) / (linear.low + linear_offset_));
@@ -77,11 +81,23 @@ float MagScale::DecibelsToPixels(float decibels, bool clamp) const {
 }
 
 float MagScale::DecibelsToRelPixels(float decibels, bool clamp) const {
+    const float pixels = UnclampedDecibelsToRelPixels(decibels, clamp);
+    // Clamping keeps a level beyond the view, silence included, on the first or last row.
+    if (!clamp)
+        return pixels;
+    if (std::isnan(pixels))
+        return Bottom();
+    return std::clamp(pixels, std::min(top_row, Bottom()), std::max(top_row, Bottom()));
+}
+
+float MagScale::UnclampedDecibelsToRelPixels(float decibels, bool clamp) const {
     switch (scale_type_) {
     case kDecibelMagScale: {
         const float bottom = Bottom();
-        if (visible_range_.low == visible_range_.high) return bottom;
-        const float t = (decibels - visible_range_.low) / (visible_range_.high - visible_range_.low);
+        if (visible_range_.low == visible_range_.high)
+            return bottom;
+        const float t =
+            (decibels - visible_range_.low) / (visible_range_.high - visible_range_.low);
         return t * (top_row - bottom) + bottom;
     }
     case kAmplitudeLog90MagScale:
@@ -96,7 +112,8 @@ float MagScale::RelPixelsToDecibels(float pixels, bool clamp) const {
     switch (scale_type_) {
     case kDecibelMagScale: {
         const float bottom = Bottom();
-        if (bottom == top_row) return visible_range_.low;
+        if (bottom == top_row)
+            return visible_range_.low;
         const float t = (pixels - bottom) / (top_row - bottom);
         const float result = t * (visible_range_.high - visible_range_.low) + visible_range_.low;
         return clamp ? LimitTo(result, visible_range_) : result;
@@ -144,7 +161,8 @@ float MagScale::RelPixelsToLinear(float pixels, bool clamp) const {
 }
 
 void MagScale::SetScaleType(MagScaleType type) {
-    if (type == scale_type_ || type >= 4 || type < 0) return;
+    if (type == scale_type_ || type >= 4 || type < 0)
+        return;
     switch (type) {
     case kDecibelMagScale:
         if (visible_range_.low < -200.0f) {
@@ -181,8 +199,10 @@ void MagScale::StoreVisibleRange(const range_t& range) {
 }
 
 void MagScale::SetVisibleRange(const range_t& range, bool force) {
-    if (!force && range == visible_range_) return;
-    if (range.high >= range.low && range.length() < 1.0f) return;
+    if (!force && range == visible_range_)
+        return;
+    if (range.high >= range.low && range.length() < 1.0f)
+        return;
     StoreVisibleRange(range);
 }
 
@@ -204,7 +224,8 @@ void MagScale::SetDefaultVisibleRange() {
 }
 
 void MagScale::PanVisibleRange(float delta_pixels) {
-    if (visible_range_ == total_range_ || height_ == 0.0f) return;
+    if (visible_range_ == total_range_ || height_ == 0.0f)
+        return;
     const float bottom = Bottom();
     float low = PixelsToDecibels(bottom - delta_pixels, false);
     float high = PixelsToDecibels(top_row - delta_pixels, false);
@@ -218,8 +239,10 @@ void MagScale::PanVisibleRange(float delta_pixels) {
         low = PixelsToDecibels(top_row - (bottom - px), false);
     }
     const range_t range(LimitTo(low, total_range_), LimitTo(high, total_range_));
-    if (range == visible_range_) return;
-    if (range.high >= range.low && range.length() < 1.0f) return;
+    if (range == visible_range_)
+        return;
+    if (range.high >= range.low && range.length() < 1.0f)
+        return;
     StoreVisibleRange(range);
 }
 
@@ -255,7 +278,8 @@ qorcore::ColorRGBA MagScale::GetColorForDecibels(float decibels) const {
         return to_color(s.red, s.green, s.blue);
     }
     std::size_t i = 0;
-    while (i + 1 < heat_stops.size() && v > heat_stops[i + 1].decibels) ++i;
+    while (i + 1 < heat_stops.size() && v > heat_stops[i + 1].decibels)
+        ++i;
     const heat_stop_t& a = heat_stops[i];
     const heat_stop_t& b = heat_stops[i + 1];
     const float f = (v - a.decibels) / (b.decibels - a.decibels);

@@ -52,6 +52,7 @@ public:
     qorcore::ColorRGBA GetColorForDecibels(float decibels) const;
 
 private:
+    float UnclampedDecibelsToRelPixels(float decibels, bool clamp) const;
     float Bottom() const { return (height_ - 1.0f) + 0.4999f; }
     /// Stores the view and derives the amplitude range and coefficients from it.
     void StoreVisibleRange(const range_t& range);

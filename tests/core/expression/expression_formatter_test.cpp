@@ -1,4 +1,4 @@
-// expression_formatter_t of Part 2.3: texts, indentation, one-line mode and failures.
+// expression_formatter_t: texts, indentation, one-line mode and failures.
 
 #include "core/expression/expression_formatter.hpp"
 #include "core/expression/virtual_machine.hpp"
@@ -50,7 +50,7 @@ std::string failure(const array_t& stream, std::size_t indent = 0, bool one_line
 
 } // namespace
 
-// The examples of Part 2.3 ------------------------------------------------------------------
+// Worked examples --------------------------------------------------------------------------
 
 TEST(ExpressionFormatter, EmptyStreamIsEmptyText) {
     EXPECT_EQ(format_expression(array_t()), "");

@@ -1,5 +1,5 @@
-// virtual_machine_t of Part 2.4, grouped by operator family. Most streams are built by hand so
-// the machine is tested apart from the parser; the spec's text examples go through the parser.
+// virtual_machine_t, grouped by operator family. Most streams are built by hand so
+// the machine is tested apart from the parser; the worked text examples go through the parser.
 
 #include "core/expression/parser.hpp"
 #include "core/expression/virtual_machine.hpp"
@@ -945,7 +945,7 @@ TEST(VirtualMachineGuards, ReentryThroughLookupsCountsTowardTheBound) {
         return any_regular_t(1.0);
     });
     EXPECT_EQ(failure<std::runtime_error>([&] { vm.evaluate(stream); }),
-              "virtual_machine_t: token streams nested deeper than 256 levels");
+              "virtual_machine_t: lookups re-entered the machine deeper than 1024 levels");
     // The machine is usable afterwards.
     vm.set_variable_lookup([](name_t) { return any_regular_t(2.0); });
     EXPECT_EQ(number(run(vm, S{1.0, 1.0, op(".add")})), 2.0);
@@ -974,7 +974,7 @@ TEST(VirtualMachineGuards, StepLimit) {
     EXPECT_EQ(run(vm, nested_and(200)), any_regular_t(true));
 }
 
-// The examples of Part 2.4, through the parser ----------------------------------------------
+// Worked examples, through the parser -------------------------------------------------------
 
 namespace {
 

@@ -131,7 +131,8 @@ TEST(FreqScale, ViewRangesAreRefusedBelowOneHertz) {
     scale->SetDefaultVisibleFreqRange();
     EXPECT_EQ(scale->GetVisibleFreqRange(), range_t(0, 1000)) << "no default: the total range";
     scale->SetDefaultVisibleFreqRange(range_t(200, 300));
-    EXPECT_EQ(scale->GetVisibleFreqRange(), range_t(0, 1000)) << "storing a default does not apply it";
+    EXPECT_EQ(scale->GetVisibleFreqRange(), range_t(0, 1000))
+        << "storing a default does not apply it";
     scale->SetDefaultVisibleFreqRange();
     EXPECT_EQ(scale->GetVisibleFreqRange(), range_t(200, 300));
 }

@@ -31,5 +31,6 @@ TEST(SpectrumBandTables, CriticalBandsRiseThroughTheAudibleRange) {
     EXPECT_EQ(SpectrumBandTables::GetCriticalBand(8), 1000.0f);
     EXPECT_EQ(SpectrumBandTables::GetCriticalBand(23), 13500.0f);
     for (std::size_t i = 1; i < SpectrumBandTables::GetNumCriticalBands(); ++i)
-        EXPECT_GT(SpectrumBandTables::GetCriticalBand(i), SpectrumBandTables::GetCriticalBand(i - 1));
+        EXPECT_GT(SpectrumBandTables::GetCriticalBand(i),
+                  SpectrumBandTables::GetCriticalBand(i - 1));
 }

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "layout/layout_reader.hpp"
+
+#include <string>
+
+namespace qafui::cli {
+
+/// Reader options for a layout file on disk: `layout_script` inserts the file IDENTIFIER.tss
+/// beside it (also in upper or lower case), and localisable texts show their defaults when no
+/// tables are loaded.
+vorlen::layout_reader_options_t layout_file_options(const std::string& file);
+
+} // namespace qafui::cli

@@ -1,0 +1,128 @@
+#pragma once
+
+#include "graphs/scales/freq_scale.hpp"
+#include "graphs/scales/mag_scale.hpp"
+#include "platform/core/checked_value.hpp"
+#include "platform/core/color_rgba.hpp"
+#include "platform/core/intrusive_ptr.hpp"
+#include "platform/core/rect.hpp"
+#include "platform/core/ref_counted_object.hpp"
+
+#include <cstdint>
+#include <vector>
+
+namespace qorui::penrig {
+class Penrig;
+}
+
+namespace qoraudiofiltersui {
+
+/// Paints a live spectrum into a graph: a curve or filled area for FFT lines, or bars for
+/// third-octave and critical bands, with a peak trace that holds and then falls one pixel per
+/// frame. Which column each line falls in is worked out only when the lines, the frequency view
+/// or the bounds change; a frame then visits each crowded column once.
+class SpectrumDraw : public qorcore::RefCountedObject {
+public:
+    enum BandMode : std::uint32_t { kLinearLines = 0, kThirdOctaveBands = 1, kCriticalBands = 2 };
+
+    explicit SpectrumDraw(float sample_rate);
+
+    virtual void Draw(qorui::penrig::Penrig* penrig);
+    virtual qorcore::ColorRGBA GetStandardColor() const;
+    virtual qorcore::ColorRGBA GetLinearColor() const;
+    virtual qorcore::ColorRGBA GetLinearPeakColor() const;
+    virtual qorcore::ColorRGBA GetThirdOctaveOutlineColor() const;
+    virtual qorcore::ColorRGBA GetThirdOctaveFillColor() const;
+    virtual qorcore::ColorRGBA GetThirdOctavePeakColor() const;
+    virtual qorcore::ColorRGBA GetCriticalOutlineColor() const;
+    virtual qorcore::ColorRGBA GetCriticalFillColor() const;
+    virtual qorcore::ColorRGBA GetCriticalPeakColor() const;
+
+    /// `data` holds one amplitude per line (or band); (fft_size >> 1) + 1 of them are kept.
+    void SetSpectrumData(unsigned int fft_size, const std::vector<float>& data,
+                         unsigned int line_count, unsigned int band_mode, bool update_lines);
+
+    void SetBounds(const qorcore::RectT<float>& bounds, float scale);
+    const qorcore::RectT<float>& GetBounds() const { return bounds_; }
+    void SetSampleRate(float sample_rate);
+    float GetSampleRate() const { return sample_rate_; }
+    void SetFreqRange(const qorcore::value_range<float>& range);
+    qorcore::value_range<float> GetFreqRange() const;
+    void SetDBRange(const qorcore::value_range<float>& range);
+    qorcore::value_range<float> GetDBRange() const;
+    void SetMinDecibelsDisplayed(float decibels);
+    qorcore::IntrusivePtr<FreqScale> GetFreqScale() const { return freq_scale_; }
+    void SetFreqScale(qorcore::IntrusivePtr<FreqScale> scale);
+    qorcore::IntrusivePtr<MagScale> GetMagScale() const { return mag_scale_; }
+    void SetMagScale(qorcore::IntrusivePtr<MagScale> scale);
+
+    void SetFill(bool fill) { fill_ = fill; }
+    void SetFlipVertically(bool flip) { flip_vertically_ = flip; }
+    void SetShowPeakHold(bool show) { show_peak_hold_ = show; }
+    bool GetShowPeakHold() const { return show_peak_hold_; }
+    void SetPeakHoldTime(double milliseconds);
+    double GetPeakHoldTime() const { return peak_hold_time_; }
+    void ResetPeaks();
+    void SetCustomColor(const qorcore::ColorRGBA& color) { custom_color_ = color; }
+    void SetUseCustomColor(bool use) { use_custom_color_ = use; }
+
+    qorcore::checked_value<float> HzToPixels(float hz, bool clamp) const;
+    float PixelsToHz(float pixels, bool clamp) const;
+    float dBToPixels(float decibels, bool clamp) const;
+
+    // What a frame works from, for tests and subclasses.
+    const std::vector<float>& GetLinePixels() const { return line_pixels_; }
+    const std::vector<std::uint32_t>& GetLinesPerColumn() const { return lines_per_column_; }
+    const std::vector<float>& GetPeakPixels() const { return peak_pixels_; }
+    const std::vector<double>& GetPeakAges() const { return peak_ages_; }
+
+protected:
+    void DrawLinear(qorui::penrig::Penrig* penrig, double elapsed, const std::vector<float>& data,
+                    std::uint64_t line_count, const qorcore::ColorRGBA& color,
+                    const qorcore::ColorRGBA& peak_color);
+    void FillLinear(qorui::penrig::Penrig* penrig, double elapsed, const std::vector<float>& data,
+                    std::uint64_t line_count, const qorcore::ColorRGBA& color);
+    void DrawBand(qorui::penrig::Penrig* penrig, std::uint32_t mode, double elapsed);
+    void UpdateLineState();
+    void UpdateState();
+    void ValidateBufferSizes();
+
+private:
+    struct point_t {
+        float x;
+        float y;
+    };
+    /// The curve of one frame: one point per sparse line, then one per crowded column. Applies
+    /// the peak rule when `peaks` is set.
+    std::vector<point_t>& WalkLinear(const std::vector<float>& data, std::uint64_t line_count,
+                                     double elapsed, bool peaks);
+    /// The peak rule of one column or band: a level at or above the peak takes it over; a peak
+    /// older than the hold time falls one pixel; otherwise it ages.
+    void ApplyPeakRule(std::size_t index, float y, double elapsed);
+    const FreqScale& Freq() const;
+    const MagScale& Mag() const;
+
+    double last_draw_time_ = 0.0;
+    std::uint64_t line_count_ = 0;
+    float sample_rate_;
+    bool fill_ = false;
+    bool flip_vertically_ = false;
+    bool show_peak_hold_ = false;
+    double peak_hold_time_ = 1000.0;
+    qorcore::IntrusivePtr<FreqScale> freq_scale_;
+    qorcore::IntrusivePtr<MagScale> mag_scale_;
+    std::vector<float> line_pixels_;
+    std::vector<std::uint32_t> lines_per_column_;
+    std::vector<float> spectrum_data_;
+    std::vector<float> peak_pixels_;
+    std::vector<double> peak_ages_;
+    std::uint32_t band_mode_ = kLinearLines;
+    qorcore::RectT<float> bounds_;
+    float scale_factor_ = 1.0f;
+    qorcore::ColorRGBA custom_color_{0.0f, 0.0f, 0.0f, 1.0f};
+    bool use_custom_color_ = false;
+    std::vector<point_t> curve_points_; // reused from frame to frame
+    std::vector<point_t> peak_curve_points_;
+};
+
+} // namespace qoraudiofiltersui

@@ -1,0 +1,240 @@
+#include "graphs/spectrum_content_layer.hpp"
+#include "graphs/spectrum_draw.hpp"
+
+#include "golden_image.hpp"
+#include "graphs/scales/spectrum_band_tables.hpp"
+#include "platform/core/high_precision_time.hpp"
+#include "platform/draw/cairo_supplier.hpp"
+#include "platform/draw/image.hpp"
+#include "platform/draw/penrig.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+using namespace qoraudiofiltersui;
+using qorcore::HighPrecisionTime;
+using qorcore::IntrusivePtr;
+using qorcore::RectT;
+using qorui::penrig::CairoSupplier;
+using qorui::penrig::Image;
+
+namespace {
+
+constexpr float sample_rate = 48000.0f;
+
+/// The magnitude spectrum of a known test signal, computed by a plain DFT over a Hann window and
+/// normalised so a full-scale sine reads 1: tones at 1 kHz (-6 dB) and 6 kHz (-26 dB) over a
+/// faint deterministic noise.
+std::vector<float> TestSpectrum(int fft_size) {
+    std::vector<double> signal(fft_size);
+    unsigned noise_state = 12345;
+    for (int n = 0; n < fft_size; ++n) {
+        noise_state = noise_state * 1103515245u + 12345u;
+        const double noise = (double((noise_state >> 8) & 0xffff) / 65535.0 - 0.5) * 2e-3;
+        const double t = n / double(sample_rate);
+        signal[n] = 0.5 * std::sin(2 * std::numbers::pi * 1000 * t) +
+                    0.05 * std::sin(2 * std::numbers::pi * 6000 * t) + noise;
+        signal[n] *= 0.5 - 0.5 * std::cos(2 * std::numbers::pi * n / fft_size);
+    }
+    std::vector<float> magnitudes(fft_size / 2 + 1);
+    for (int k = 0; k <= fft_size / 2; ++k) {
+        double re = 0, im = 0;
+        for (int n = 0; n < fft_size; ++n) {
+            const double phase = 2 * std::numbers::pi * k * n / fft_size;
+            re += signal[n] * std::cos(phase);
+            im -= signal[n] * std::sin(phase);
+        }
+        // A Hann window halves a sine's peak: 4 / N brings a full-scale sine back to 1.
+        magnitudes[k] = float(std::sqrt(re * re + im * im) * 4.0 / fft_size);
+    }
+    return magnitudes;
+}
+
+/// Band amplitudes from the bins whose centres fall within each band's third-octave edges.
+std::vector<float> BandLevels(const std::vector<float>& bins, int fft_size, bool third_octave) {
+    using qoraudiotoolkit::SpectrumBandTables;
+    const std::size_t count = third_octave ? SpectrumBandTables::GetNumThirdOctaveBands()
+                                           : SpectrumBandTables::GetNumCriticalBands();
+    std::vector<float> bands(count);
+    for (std::size_t b = 0; b != count; ++b) {
+        const double centre = third_octave ? SpectrumBandTables::GetThirdOctaveBand(b)
+                                           : SpectrumBandTables::GetCriticalBand(b);
+        const double low = centre / std::pow(2.0, 1.0 / 6), high = centre * std::pow(2.0, 1.0 / 6);
+        double power = 0;
+        for (std::size_t k = 0; k != bins.size(); ++k) {
+            const double hz = k * double(sample_rate) / fft_size;
+            if (hz >= low && hz < high)
+                power += double(bins[k]) * bins[k];
+        }
+        bands[b] = float(std::sqrt(power));
+    }
+    return bands;
+}
+
+/// A virtual clock for the painter's frame times.
+struct VirtualClock {
+    HighPrecisionTime::TimeStamp now = HighPrecisionTime::FromSeconds(10.0);
+    HighPrecisionTime::ScopedClock scope{[this] {
+        return now;
+    }};
+    void AdvanceMilliseconds(double ms) { now += HighPrecisionTime::FromSeconds(ms / 1000.0); }
+};
+
+IntrusivePtr<Image> Render(SpectrumDraw& spectrum, float scale, float width = 400,
+                           float height = 160) {
+    IntrusivePtr<Image> image = Image::Create(width, height, scale);
+    CairoSupplier supplier(scale);
+    auto penrig = supplier.CreatePenrig(*image);
+    penrig->Clear(qorcore::ColorRGBA(0.12f, 0.12f, 0.13f, 1.0f));
+    spectrum.SetBounds(RectT<float>(0, 0, width, height), scale);
+    spectrum.Draw(penrig.get());
+    return image;
+}
+
+bool AllPixelsAre(const Image& image, const qorcore::ColorRGBA& color) {
+    for (int y = 0; y < image.GetPixelHeight(); ++y)
+        for (int x = 0; x < image.GetPixelWidth(); ++x) {
+            const auto p = image.GetPixel(x, y);
+            if (std::fabs(p.red - color.red) > 0.01f || std::fabs(p.green - color.green) > 0.01f ||
+                std::fabs(p.blue - color.blue) > 0.01f)
+                return false;
+        }
+    return true;
+}
+
+} // namespace
+
+TEST(SpectrumDraw, LinesFallInColumnsOfTheLogScale) {
+    SpectrumDraw spectrum(sample_rate);
+    spectrum.SetBounds(RectT<float>(0, 0, 500, 200), 1.0f);
+    spectrum.SetSpectrumData(2048, std::vector<float>(1025, 0.1f), 1024, 0, true);
+    const auto& pixels = spectrum.GetLinePixels();
+    ASSERT_EQ(pixels.size(), 1024u);
+    EXPECT_EQ(pixels[0], -1.0f) << "0 Hz lies below the visible 20 Hz";
+    EXPECT_GE(pixels[1], 0.0f) << "23.4 Hz is visible";
+    // 512 of 1024 lines at 48 kHz is 12 kHz.
+    EXPECT_EQ(pixels[512], spectrum.HzToPixels(12000.0f, true).value);
+    EXPECT_NEAR(spectrum.PixelsToHz(pixels[512], false), 12000.0f, 12000.0f * 0.01f);
+    for (std::size_t i = 2; i < pixels.size(); ++i)
+        ASSERT_GE(pixels[i], pixels[i - 1]) << i;
+
+    // The columns are counted once the frame has sized its buffers and the lines are redone.
+    Render(spectrum, 1.0f, 500, 200);
+    spectrum.SetFreqRange(spectrum.GetFreqRange());
+    std::uint32_t counted = 0;
+    for (std::uint32_t n : spectrum.GetLinesPerColumn())
+        counted += n;
+    EXPECT_EQ(counted, 1023u) << "every line but the one below 20 Hz lands in a column";
+    EXPECT_GE(spectrum.GetLinesPerColumn()[499], 2u) << "the top end is crowded";
+}
+
+TEST(SpectrumDraw, PeaksHoldThenFallOnePixelPerFrame) {
+    VirtualClock clock;
+    SpectrumDraw spectrum(sample_rate);
+    spectrum.SetShowPeakHold(true);
+    spectrum.SetBounds(RectT<float>(0, 0, 300, 120), 1.0f);
+    std::vector<float> loud(33, 0.5f);
+    spectrum.SetSpectrumData(64, loud, 32, 0, true);
+    Render(spectrum, 1.0f, 300, 120); // sizes the buffers; elapsed is large after the line change
+    spectrum.SetFreqRange(spectrum.GetFreqRange());
+    clock.AdvanceMilliseconds(10);
+    Render(spectrum, 1.0f, 300, 120);
+    const std::size_t column = static_cast<std::size_t>(spectrum.GetLinePixels()[10]);
+    const float loud_y = spectrum.dBToPixels(20 * std::log10(0.5f), true);
+    EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column], loud_y);
+
+    std::vector<float> quiet(33, 0.01f);
+    spectrum.SetSpectrumData(64, quiet, 32, 0, true);
+    for (int frame = 0; frame < 10; ++frame) { // 1000 ms in all: the hold has not run out yet
+        clock.AdvanceMilliseconds(100);
+        Render(spectrum, 1.0f, 300, 120);
+    }
+    EXPECT_DOUBLE_EQ(spectrum.GetPeakAges()[column], 1000.0);
+    EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column], loud_y) << "an age equal to the hold holds";
+    clock.AdvanceMilliseconds(100);
+    Render(spectrum, 1.0f, 300, 120); // 1100 ms: still aging
+    EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column], loud_y);
+    clock.AdvanceMilliseconds(5000);
+    Render(spectrum, 1.0f, 300, 120);
+    EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column], loud_y + 1.0f)
+        << "one pixel per frame, however long the frame took";
+    clock.AdvanceMilliseconds(1);
+    Render(spectrum, 1.0f, 300, 120);
+    EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column], loud_y + 2.0f);
+
+    spectrum.SetPeakHoldTime(500);
+    EXPECT_EQ(spectrum.GetPeakHoldTime(), 1000.0) << "a different hold time is ignored";
+    spectrum.SetPeakHoldTime(1000);
+    EXPECT_EQ(spectrum.GetPeakPixels()[column], 120.0f) << "the same time resets the peaks";
+}
+
+TEST(SpectrumDraw, SilenceAndEmptyDataDrawNothing) {
+    const qorcore::ColorRGBA background(0.12f, 0.12f, 0.13f, 1.0f);
+    SpectrumDraw empty(sample_rate);
+    EXPECT_TRUE(AllPixelsAre(*Render(empty, 1.0f), background)) << "no lines, no drawing";
+
+    SpectrumDraw silent(sample_rate);
+    silent.SetBounds(RectT<float>(0, 0, 400, 160), 1.0f);
+    silent.SetSpectrumData(1024, std::vector<float>(513, 0.0f), 512, 0, true);
+    EXPECT_EQ(silent.dBToPixels(-400.0f, true), silent.dBToPixels(-120.0f, true))
+        << "silence is clamped to the bottom row";
+    EXPECT_TRUE(AllPixelsAre(*Render(silent, 1.0f), background))
+        << "a curve flat on the floor draws no segments";
+}
+
+TEST(SpectrumDraw, FlipTurnsLevelsUpsideDown) {
+    SpectrumDraw spectrum(sample_rate);
+    spectrum.SetBounds(RectT<float>(0, 0, 100, 121), 1.0f);
+    const float top = spectrum.dBToPixels(0.0f, true);
+    spectrum.SetFlipVertically(true);
+    EXPECT_FLOAT_EQ(spectrum.dBToPixels(-120.0f, true), top);
+    spectrum.SetMinDecibelsDisplayed(-60.0f);
+    EXPECT_EQ(spectrum.GetDBRange(), qorcore::value_range<float>(-60.0f, 0.0f));
+}
+
+TEST(SpectrumDraw, ContentLayerForwardsBoundsAndDrawing) {
+    IntrusivePtr<SpectrumDraw> spectrum(new SpectrumDraw(sample_rate));
+    IntrusivePtr<SpectrumContentLayer> layer(new SpectrumContentLayer(spectrum));
+    layer->SetBounds(RectT<float>(5, 6, 300, 100), 2.0f);
+    EXPECT_EQ(spectrum->GetBounds(), RectT<float>(5, 6, 300, 100));
+    EXPECT_EQ(spectrum->GetFreqScale()->GetSize(), 600.0f) << "scales work in device pixels";
+    EXPECT_EQ(spectrum->GetMagScale()->GetHeight(), 200.0f);
+}
+
+class SpectrumDrawGolden : public ::testing::TestWithParam<float> {};
+
+TEST_P(SpectrumDrawGolden, LinearFilledAndBandModes) {
+    VirtualClock clock;
+    const float scale = GetParam();
+    const std::string suffix = scale == 1.0f ? "@1x" : "@2x";
+    constexpr int fft_size = 2048;
+    const std::vector<float> bins = TestSpectrum(fft_size);
+
+    SpectrumDraw linear(sample_rate);
+    linear.SetShowPeakHold(true);
+    linear.SetBounds(RectT<float>(0, 0, 400, 160), scale);
+    linear.SetSpectrumData(fft_size, bins, fft_size / 2, 0, true);
+    Render(linear, scale);
+    linear.SetFreqRange(linear.GetFreqRange());
+    EXPECT_TRUE(qafui_testing::MatchesGolden(*Render(linear, scale), "spectrum_linear" + suffix));
+
+    linear.SetFill(true);
+    EXPECT_TRUE(qafui_testing::MatchesGolden(*Render(linear, scale), "spectrum_filled" + suffix));
+
+    for (bool third : {true, false}) {
+        SpectrumDraw bands(sample_rate);
+        bands.SetShowPeakHold(true);
+        const std::vector<float> levels = BandLevels(bins, fft_size, third);
+        bands.SetBounds(RectT<float>(0, 0, 400, 160), scale);
+        bands.SetSpectrumData(fft_size, levels, static_cast<unsigned>(levels.size()), third ? 1 : 2,
+                              true);
+        EXPECT_TRUE(qafui_testing::MatchesGolden(
+            *Render(bands, scale),
+            (third ? "spectrum_third_octave" : "spectrum_critical") + suffix));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Scales, SpectrumDrawGolden, ::testing::Values(1.0f, 2.0f));
