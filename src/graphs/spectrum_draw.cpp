@@ -324,10 +324,15 @@ void SpectrumDraw::DrawLinear(qorui::penrig::Penrig* penrig, double elapsed,
         return;
     WalkLinear(data, line_count, elapsed, true);
     const float floor_row = std::floor(bounds_.height) - 1.0f;
-    // Segments with both ends on the floor are left out: no line runs along the bottom.
+    // Segments with both ends on the floor are left out: no line runs along the bottom. The
+    // trace is stroked a stretch at a time: one long zig-zag path costs the rasteriser far more
+    // than many short ones, and the joins between stretches are not visible.
+    constexpr int segments_per_stroke = 8;
     const auto trace = [&](const std::vector<point_t>& points, const ColorRGBA& trace_color) {
+        penrig->SetPen(1.0f / scale_factor_, trace_color);
         penrig->NewPath();
         bool pen_at_previous = false;
+        int segments = 0;
         for (std::size_t k = 1; k < points.size(); ++k) {
             const point_t& from = points[k - 1];
             const point_t& to = points[k];
@@ -336,11 +341,16 @@ void SpectrumDraw::DrawLinear(qorui::penrig::Penrig* penrig, double elapsed,
                     penrig->MoveTo(bounds_.x + from.x, bounds_.y + from.y);
                 penrig->LineTo(bounds_.x + to.x, bounds_.y + to.y);
                 pen_at_previous = true;
+                if (++segments == segments_per_stroke) {
+                    penrig->Stroke();
+                    penrig->NewPath();
+                    penrig->MoveTo(bounds_.x + to.x, bounds_.y + to.y);
+                    segments = 0;
+                }
             } else {
                 pen_at_previous = false;
             }
         }
-        penrig->SetPen(1.0f / scale_factor_, trace_color);
         penrig->Stroke();
     };
     trace(curve_points_, color);
