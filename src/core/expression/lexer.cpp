@@ -221,6 +221,7 @@ lex_token_t lexer_t::read_token() {
         return names;
     }();
     for (std::size_t i = 0; i != std::size(punctuators); ++i) {
+        if (punctuators[i][0] != c) continue;
         const std::size_t length = std::strlen(punctuators[i]);
         if (text_m.compare(offset_m, length, punctuators[i]) == 0) {
             offset_m += length;

@@ -35,10 +35,10 @@ struct names_t {
     name_t op_array = ".array"_name, op_dictionary = ".dictionary"_name;
 };
 
-const names_t& names() {
-    static const names_t table;
-    return table;
-}
+// Made once at load time, so the hot path reads them without a guard.
+const names_t names_table;
+
+inline const names_t& names() { return names_table; }
 
 bool is_punctuator(const lex_token_t& token, name_t text) {
     return token.kind == token_kind_t::punctuator && token.value.cast<name_t>() == text;
