@@ -12,7 +12,7 @@ struct command_t {
     std::string name;
     std::string summary; // one line for --help
     std::string usage;   // the full usage text, shown by `qafui NAME --help`
-    std::function<int(const std::vector<std::string>& arguments)> run;
+    std::function<int(const command_t& self, const std::vector<std::string>& arguments)> run;
 };
 
 struct command_registration_t {

@@ -2,7 +2,7 @@
 // each as FILE:LINE:COLUMN: message.
 
 #include "command.hpp"
-#include "layout_files.hpp"
+#include "script_files.hpp"
 
 #include "core/stream_error.hpp"
 #include "layout/box_layout.hpp"
@@ -89,15 +89,13 @@ bool check_file(const std::string& path) {
                   << ")\n";
         return false;
     }
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream) {
+    const std::optional<std::string> text = read_file(path);
+    if (!text) {
         std::cerr << path << ": cannot read the file\n";
         return false;
     }
-    const std::string text{std::istreambuf_iterator<char>(stream),
-                           std::istreambuf_iterator<char>()};
     try {
-        checker->check(text, vorlen::name_t(path.c_str()));
+        checker->check(*text, vorlen::name_t(path.c_str()));
     } catch (const std::exception& error) {
         std::cerr << vorlen::format_stream_error(error) << "\n";
         return false;
@@ -120,12 +118,7 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
 
 const command_registration_t registration(command_t{
     "check", "check resource files (sheet and layout scripts) and report the first error of each",
-    usage(), [](const std::vector<std::string>& arguments) {
-        for (const command_t& command : commands())
-            if (command.name == "check")
-                return run(command, arguments);
-        return 1;
-    }});
+    usage(), &run});
 
 } // namespace
 

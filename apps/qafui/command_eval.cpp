@@ -179,12 +179,7 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
 
 const command_registration_t registration(command_t{
     "eval", "evaluate an expression and print the result (or its tokens, or its text)", usage_text,
-    [](const std::vector<std::string>& arguments) {
-        for (const command_t& command : commands())
-            if (command.name == "eval")
-                return run(command, arguments);
-        return 1;
-    }});
+    &run});
 
 } // namespace
 

@@ -2,7 +2,7 @@
 // its `width` and `height` arguments and prints the report of the placed tree.
 
 #include "command.hpp"
-#include "layout_files.hpp"
+#include "script_files.hpp"
 
 #include "core/expression/virtual_machine.hpp"
 #include "core/stream_error.hpp"
@@ -36,15 +36,6 @@ const char usage_text[] =
     "\n"
     "`layout_script` inserts the file IDENTIFIER.tss found next to FILE (also in upper or\n"
     "lower case).\n";
-
-std::optional<std::string> read_file(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
-        return std::nullopt;
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 bool read_length(const std::string& text, std::int32_t& out) {
     const char* end = text.data() + text.size();
@@ -97,13 +88,7 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
 }
 
 const command_registration_t registration(command_t{
-    "layout", "solve a layout script as boxes and print the placed tree", usage_text,
-    [](const std::vector<std::string>& arguments) {
-        for (const command_t& command : commands())
-            if (command.name == "layout")
-                return run(command, arguments);
-        return 1;
-    }});
+    "layout", "solve a layout script as boxes and print the placed tree", usage_text, &run});
 
 } // namespace
 

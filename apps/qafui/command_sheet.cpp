@@ -179,12 +179,7 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
 
 const command_registration_t registration(command_t{
     "sheet", "build a sheet from a script and run set, touch, update and get on it", usage_text,
-    [](const std::vector<std::string>& arguments) {
-        for (const command_t& command : commands())
-            if (command.name == "sheet")
-                return run(command, arguments);
-        return 1;
-    }});
+    &run});
 
 } // namespace
 

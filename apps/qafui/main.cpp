@@ -79,7 +79,7 @@ int main(int argc, char** argv) {
             return 0;
         }
         try {
-            return command.run(arguments);
+            return command.run(command, arguments);
         } catch (const std::exception& error) {
             std::cerr << "qafui " << command.name << ": " << error.what() << "\n";
             return 1;

@@ -2,9 +2,14 @@
 
 #include "layout/layout_reader.hpp"
 
+#include <filesystem>
+#include <optional>
 #include <string>
 
 namespace qafui::cli {
+
+/// The whole of a file, or nothing when it cannot be read.
+std::optional<std::string> read_file(const std::filesystem::path& path);
 
 /// Reader options for a layout file on disk: `layout_script` inserts the file IDENTIFIER.tss
 /// beside it (also in upper or lower case), and localisable texts show their defaults when no

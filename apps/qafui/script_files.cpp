@@ -1,4 +1,4 @@
-#include "layout_files.hpp"
+#include "script_files.hpp"
 
 #include "core/expression/virtual_machine.hpp"
 
@@ -12,6 +12,14 @@ namespace qafui::cli {
 
 namespace {
 
+std::string with_case(std::string text, int (*convert)(int)) {
+    for (char& c : text)
+        c = static_cast<char>(convert(static_cast<unsigned char>(c)));
+    return text;
+}
+
+} // namespace
+
 std::optional<std::string> read_file(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
     if (!in)
@@ -20,14 +28,6 @@ std::optional<std::string> read_file(const std::filesystem::path& path) {
     text << in.rdbuf();
     return text.str();
 }
-
-std::string with_case(std::string text, int (*convert)(int)) {
-    for (char& c : text)
-        c = static_cast<char>(convert(static_cast<unsigned char>(c)));
-    return text;
-}
-
-} // namespace
 
 vorlen::layout_reader_options_t layout_file_options(const std::string& file) {
     const std::filesystem::path folder = std::filesystem::path(file).parent_path();
