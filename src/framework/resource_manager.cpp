@@ -1,0 +1,133 @@
+#include "framework/resource_manager.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <mutex>
+#include <set>
+#include <system_error>
+
+namespace qoraudiofiltersui {
+
+namespace {
+
+std::string Upper(std::string_view text) {
+    std::string out(text);
+    std::transform(out.begin(), out.end(), out.begin(),
+                   [](unsigned char c) { return char(std::toupper(c)); });
+    return out;
+}
+
+struct EmbeddedTable {
+    std::mutex mutex;
+    std::map<std::pair<std::string, std::string>, std::string_view> entries;
+};
+
+EmbeddedTable& Embedded() {
+    static EmbeddedTable table;
+    return table;
+}
+
+std::optional<std::string_view> FindEmbedded(std::string_view name, std::string_view type) {
+    EmbeddedTable& table = Embedded();
+    std::lock_guard lock(table.mutex);
+    auto found = table.entries.find({Upper(name), Upper(type)});
+    if (found == table.entries.end())
+        return std::nullopt;
+    return found->second;
+}
+
+/// Splits "NAME.TYPE" at the last dot (names themselves may hold dots, "PARAMETRICEQ.V7").
+std::optional<std::pair<std::string, std::string>> SplitFileName(const std::string& file) {
+    const auto dot = file.rfind('.');
+    if (dot == std::string::npos || dot == 0 || dot + 1 == file.size())
+        return std::nullopt;
+    return std::make_pair(Upper(std::string_view(file).substr(0, dot)),
+                          Upper(std::string_view(file).substr(dot + 1)));
+}
+
+} // namespace
+
+ResourceManager::ResourceManager(ModuleHandle module,
+                                 std::optional<std::filesystem::path> overrideFolder)
+    : module_(std::move(module)), overrideFolder_(std::move(overrideFolder)) {}
+
+ResourceManager::~ResourceManager() = default;
+
+std::optional<std::filesystem::path>
+ResourceManager::FindOverrideFile(std::string_view name, std::string_view type) const {
+    if (!overrideFolder_ || name.empty() || type.empty())
+        return std::nullopt;
+    const std::string wantedName = Upper(name);
+    const std::string wantedType = Upper(type);
+    std::error_code error;
+    for (std::filesystem::directory_iterator it(*overrideFolder_, error), end; !error && it != end;
+         it.increment(error)) {
+        if (!it->is_regular_file(error))
+            continue;
+        auto parts = SplitFileName(it->path().filename().string());
+        if (parts && parts->first == wantedName && parts->second == wantedType)
+            return it->path();
+    }
+    return std::nullopt;
+}
+
+bool ResourceManager::GetBinary(std::string_view name, std::string_view type,
+                                std::vector<char>& out) const {
+    out.clear();
+    if (auto file = FindOverrideFile(name, type)) {
+        std::ifstream stream(*file, std::ios::binary);
+        if (!stream)
+            return false;
+        out.assign(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+        if (stream.bad()) {
+            out.clear();
+            return false;
+        }
+        return true;
+    }
+    if (auto bytes = FindEmbedded(name, type)) {
+        out.assign(bytes->begin(), bytes->end());
+        return true;
+    }
+    return false;
+}
+
+bool ResourceManager::HasBinary(std::string_view name, std::string_view type) const {
+    return FindOverrideFile(name, type).has_value() || FindEmbedded(name, type).has_value();
+}
+
+std::vector<std::string> ResourceManager::GetResourceDataNames(std::string_view type) const {
+    const std::string wantedType = Upper(type);
+    std::set<std::string> names;
+    if (overrideFolder_) {
+        std::error_code error;
+        for (std::filesystem::directory_iterator it(*overrideFolder_, error), end;
+             !error && it != end; it.increment(error)) {
+            auto parts = SplitFileName(it->path().filename().string());
+            if (parts && parts->second == wantedType && it->is_regular_file(error))
+                names.insert(parts->first);
+        }
+    }
+    {
+        EmbeddedTable& table = Embedded();
+        std::lock_guard lock(table.mutex);
+        for (const auto& entry : table.entries)
+            if (entry.first.second == wantedType)
+                names.insert(entry.first.first);
+    }
+    return {names.begin(), names.end()};
+}
+
+bool ResourceManager::RegisterEmbeddedResource(std::string_view name, std::string_view type,
+                                               std::string_view bytes) {
+    if (name.empty() || type.empty())
+        return false;
+    EmbeddedTable& table = Embedded();
+    std::lock_guard lock(table.mutex);
+    return table.entries.emplace(std::make_pair(Upper(name), Upper(type)), bytes).second;
+}
+
+} // namespace qoraudiofiltersui

@@ -1,0 +1,176 @@
+#pragma once
+
+#include "platform/core/connection.hpp"
+#include "platform/core/intrusive_ptr.hpp"
+#include "platform/core/point.hpp"
+#include "platform/core/rect.hpp"
+#include "platform/core/ref_counted_object.hpp"
+#include "platform/core/scale_matrix.hpp"
+#include "platform/core/signal.hpp"
+#include "platform/ui/input_capture.hpp"
+#include "platform/ui/mouse_event.hpp"
+#include "platform/ui/ruler_base.hpp"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+namespace qorui {
+class UI_Node;
+namespace penrig {
+class Penrig;
+}
+} // namespace qorui
+
+namespace qoraudiofiltersui {
+
+class RulerHandler;
+
+/// Keeps a ruler gesture alive while the button is down: moves go to the handler, the end of the
+/// capture ends the gesture, and the cursor follows the gesture.
+class RulerCapture : public qorui::PointerCapture {
+public:
+    /// A null handler throws the null-pointer exception.
+    RulerCapture(RulerHandler* handler, qorui::UI_Node* node, const qorui::MouseEvent& start);
+
+    bool UI_DoMouseEvent(const qorui::MouseEvent& event) override;
+    bool UI_DoCursor(const qorcore::PointT<float>& local, qorui::ModifierFlags modifiers) override;
+    void UI_EndCapture(bool cancelled) override;
+
+private:
+    // Counted, so that a handler dropped by its owner during a gesture outlives the gesture.
+    qorcore::IntrusivePtr<RulerHandler> handler_;
+};
+
+/// The mouse behaviour of one ruler: a left drag scrolls, a right drag selects a region to zoom
+/// to, a right click without a drag asks for a menu, the wheel zooms, and a hover indicator can
+/// mark a pixel. It is no control: its owner passes events and cursor requests on and listens to
+/// its signals. Coordinates are those of the owner.
+class RulerHandler : public qorcore::RefCountedObject {
+public:
+    enum CaptureType : std::int32_t { kCaptureNone = 0, kCaptureScroll = 1, kCaptureZoom = 2 };
+
+    /// Cursor numbers the handler sets.
+    static constexpr int kCursorArrow = 0;
+    static constexpr int kCursorOpenHand = 13;
+    static constexpr int kCursorClosedHand = 14;
+    static constexpr int kCursorZoomHorizontal = 200;
+    static constexpr int kCursorZoomVertical = 201;
+    /// A right drag shorter than this is a click.
+    static constexpr int kDragZoomThreshold = 3;
+    /// The indicator's value when nothing is shown.
+    static constexpr int kNoMouseIndicator = -99;
+
+    using CanZoomFunction = std::shared_ptr<std::function<bool()>>;
+
+    RulerHandler();
+    RulerHandler(const RulerHandler&) = delete;
+    RulerHandler& operator=(const RulerHandler&) = delete;
+
+    virtual void SetRuler(qorcore::IntrusivePtr<qorui::RulerBase> ruler);
+    virtual qorcore::IntrusivePtr<qorui::RulerBase> GetRuler() const;
+    /// Stores the active area; the matrix is accepted for callers that have one and not used.
+    virtual void SetRulerRect(const qorcore::RectT<int>& rect,
+                              const qorcore::ScaleMatrixT<float>& matrix = {});
+    /// The ruler's orientation; without a ruler this throws the null-pointer exception.
+    virtual bool IsVertical() const;
+    /// The rubber band and the hover indicator, drawn by the owner after the ruler.
+    virtual void Draw(qorui::penrig::Penrig* penrig) const;
+    virtual void GetDragZoomPixels(int& first, int& second) const;
+    virtual void BeginZoom(qorcore::PointT<int> position);
+    /// The zoomed pixels in order, or 0 and 0 when the drag didn't pass the threshold or covers
+    /// no pixel.
+    virtual void EndZoom(int& first, int& second);
+    virtual void DragZoom(qorcore::PointT<int> position);
+
+    // Events from the owner. A null node throws the null-pointer exception.
+    bool DoMouseEvent(qorui::UI_Node* node, const qorui::MouseEvent& event);
+    /// The hover cursor; true only when it set one.
+    bool DoCursor(qorui::UI_Node* node, const qorcore::PointT<float>& local,
+                  qorui::ModifierFlags modifiers);
+
+    // Gestures
+    void BeginCapture(CaptureType type, qorui::UI_Node* node, const qorui::MouseEvent& event);
+    void EndCapture(bool cancelled);
+    void CapturedMouseMoved(const qorcore::PointT<int>& position, qorui::ModifierFlags modifiers);
+
+    // Queries
+    bool CanScroll() const;
+    bool CanZoom() const;
+    bool IsPointInRulerRect(const qorcore::PointT<float>& point) const;
+    bool IsPastDragZoomThreshold() const { return past_drag_zoom_threshold_; }
+    CaptureType GetCaptureType() const { return capture_type_; }
+    const qorcore::PointT<int>& GetLastMousePosition() const { return last_mouse_position_; }
+    qorui::ModifierFlags GetLastModKey() const { return last_modifier_keys_; }
+    const qorcore::RectT<int>& GetRulerRect() const { return ruler_rect_; }
+
+    // Hover indicator
+    /// Stores the pixel and tells whether the old or the new one is shown, so that the caller
+    /// knows whether to repaint.
+    bool SetMouseIndicator(int pixel);
+    int GetMouseIndicator() const { return mouse_indicator_; }
+    /// Where the indicator is drawn, or an empty rectangle when it is hidden.
+    qorcore::RectT<int> GetMouseIndicatorRect() const;
+
+    // Configuration
+    void SetRulerCanZoomInFxn(CanZoomFunction function) { can_zoom_in_ = std::move(function); }
+    void SetRulerCanZoomOutFxn(CanZoomFunction function) { can_zoom_out_ = std::move(function); }
+    void SetSupportsScrolling(bool supports) { supports_scrolling_ = supports; }
+    void SetSupportsZooming(bool supports) { supports_zooming_ = supports; }
+    void SetHandlesMouseWheelEvents(bool handles) { handles_mouse_wheel_events_ = handles; }
+    bool GetSupportsScrolling() const { return supports_scrolling_; }
+    bool GetSupportsZooming() const { return supports_zooming_; }
+    bool GetHandlesMouseWheelEvents() const { return handles_mouse_wheel_events_; }
+
+    // Signals
+    [[nodiscard]] qorcore::Connection
+    ConnectRulerScrollCaptureStarted(std::function<void(const qorcore::PointT<int>&)> slot);
+    [[nodiscard]] qorcore::Connection
+    ConnectRulerScrollCaptureEnded(std::function<void(bool cancelled)> slot);
+    [[nodiscard]] qorcore::Connection ConnectRulerScrolled(
+        std::function<void(const qorcore::PointT<int>& current, const qorcore::PointT<int>& last)>
+            slot);
+    [[nodiscard]] qorcore::Connection ConnectRulerZoomCaptureStarted(std::function<void()> slot);
+    [[nodiscard]] qorcore::Connection ConnectRulerZoomCaptureEnded(
+        std::function<void(bool zoomed, int first, int second, bool cancelled)> slot);
+    [[nodiscard]] qorcore::Connection ConnectRulerZoomRegionChanged(std::function<void()> slot);
+    [[nodiscard]] qorcore::Connection
+    ConnectMouseWheelChanged(std::function<void(const qorui::MouseEvent&)> slot);
+
+protected:
+    ~RulerHandler() override;
+
+private:
+    friend class RulerCapture;
+
+    /// The cursor of a running gesture; false when none runs.
+    bool DoCaptureCursor(qorui::UI_Node* node) const;
+    /// The span of the rectangle along the ruler: start inclusive, end exclusive.
+    void GetRulerSpan(int& start, int& end) const;
+    bool IsInRulerSpan(int pixel) const;
+    static bool Call(const CanZoomFunction& function);
+
+    int zoom_first_pixel_ = 0;
+    int zoom_second_pixel_ = 0;
+    qorcore::Signal<void(const qorcore::PointT<int>&)> scroll_capture_started_;
+    qorcore::Signal<void(bool)> scroll_capture_ended_;
+    qorcore::Signal<void(const qorcore::PointT<int>&, const qorcore::PointT<int>&)> scrolled_;
+    qorcore::Signal<void()> zoom_capture_started_;
+    qorcore::Signal<void(bool, int, int, bool)> zoom_capture_ended_;
+    qorcore::Signal<void()> zoom_region_changed_;
+    qorcore::Signal<void(const qorui::MouseEvent&)> mouse_wheel_changed_;
+    CanZoomFunction can_zoom_in_;
+    CanZoomFunction can_zoom_out_;
+    qorcore::IntrusivePtr<qorui::RulerBase> ruler_;
+    qorcore::RectT<int> ruler_rect_;
+    CaptureType capture_type_ = kCaptureNone;
+    bool past_drag_zoom_threshold_ = false;
+    qorcore::PointT<int> last_mouse_position_;
+    qorui::ModifierFlags last_modifier_keys_;
+    bool supports_zooming_ = true;
+    bool supports_scrolling_ = true;
+    bool handles_mouse_wheel_events_ = false;
+    int mouse_indicator_ = kNoMouseIndicator;
+};
+
+} // namespace qoraudiofiltersui

@@ -1,0 +1,7 @@
+#include "platform/host/message.hpp"
+
+namespace qoraudiofilterhost {
+
+Message::~Message() = default;
+
+} // namespace qoraudiofilterhost
