@@ -9,6 +9,9 @@
 #include "layout/layout_reader.hpp"
 #include "sheet/sheet.hpp"
 #include "sheet/sheet_reader.hpp"
+#ifdef QAFUI_CHECK_ARCHIVES
+#include "platform/ui/ui_node_builder.hpp"
+#endif
 
 #include <algorithm>
 #include <cctype>
@@ -38,6 +41,22 @@ void check_layout_script(std::string_view text, vorlen::name_t file) {
     layout.solve(0, 0);
 }
 
+#ifdef QAFUI_CHECK_ARCHIVES
+/// Loads the node archive and throws its first problem, placed by line and element path.
+void check_node_archive(std::string_view text, vorlen::name_t file) {
+    qorui::NodeArchiveReport report;
+    const auto root = qorui::UI_NodeBuilder::LoadViewFromXMLText(text, {}, nullptr, {}, &report);
+    if (report.diagnostics.empty() && root)
+        return;
+    if (report.diagnostics.empty())
+        throw vorlen::stream_error_t("the archive has no root node", {file, 1});
+    const qorui::NodeArchiveDiagnostic& first = report.diagnostics.front();
+    const std::string where = first.path.empty() ? "" : first.path + ": ";
+    throw vorlen::stream_error_t(where + first.message,
+                                 {file, first.line, 0, std::max(first.column - 1, 0)});
+}
+#endif
+
 struct checker_t {
     const char* extension; // lower case, with the dot
     const char* kind;
@@ -48,6 +67,9 @@ struct checker_t {
 const checker_t checkers[] = {
     {".mrl", "sheet script", &check_sheet_script},
     {".tss", "layout script", &check_layout_script},
+#ifdef QAFUI_CHECK_ARCHIVES
+    {".xml", "node archive", &check_node_archive},
+#endif
 };
 
 std::string usage() {

@@ -37,10 +37,13 @@ expect(2 "^$" "unknown option '--nosuch'" sheet pair.mrl --nosuch)
 # check: "FILE: ok", or the first error of each file; status 1 when any failed.
 expect(0 "^pair.mrl: ok\n$" "^$" check pair.mrl)
 expect(1 "^pair.mrl: ok\n$"
-       "^missing_semicolon.mrl:4:1: property model description: expected ';', found '}'\nunknown_kind.xyz: unknown kind of file '.xyz' \\(known: .mrl, .tss\\)\n$"
+       "^missing_semicolon.mrl:4:1: property model description: expected ';', found '}'\nunknown_kind.xyz: unknown kind of file '.xyz' \\(known: .mrl, .tss, .xml\\)\n$"
        check missing_semicolon.mrl pair.mrl unknown_kind.xyz)
 expect(2 "^$" "no FILE given" check)
 # Layout scripts are checked by solving them; layout_script finds its layout beside the file.
 expect(0 "^panel.tss: ok\n$" "^$" check panel.tss)
 expect(1 "^$" "^two_leaves.tss:3:36: layout description: expected ';', '{' or '}', found 'button'\n$"
        check two_leaves.tss)
+# Node archives: malformed XML and structure are reported with line and column.
+expect(1 "^$" "^wrong_root.xml:2:2: the root element is 'prop.list', not 'prop.map'\n$"
+       check wrong_root.xml)
