@@ -1,5 +1,5 @@
 // The archived-node editor view: loading through the resource manager, custom nodes, connected
-// controls, sizes and the ".V7" archive under the newer look.
+// controls, sizes, the ".V7" archive under the newer look and the archived tool tips.
 #include "framework/audio_filter_editor_xml_view.hpp"
 #include "framework/resource_manager.hpp"
 #include "platform/host/parameter_store_filter.hpp"
@@ -7,6 +7,7 @@
 #include "platform/ui/skins.hpp"
 #include "platform/ui/ui_hot_text_number.hpp"
 #include "platform/ui/ui_popup.hpp"
+#include "platform/ui/ui_tool_tip.hpp"
 
 #include "platform/ui/node_archive_writer.hpp"
 
@@ -32,7 +33,8 @@ std::string EditorArchive(const std::string& rootId) {
                                                          Pair("value", Double("0.25"))),
               Section("qorui::ui::UI_HotText"), Section("qorui::ui::UI_InteractiveControlView"),
               Section("qorui::ui::UI_ControlView"), SubViewSection(),
-              NodeSection("Gain", 4, 4, 60, 18)});
+              NodeSection("Gain", 4, 4, 60, 18,
+                          Pair("tooltip", UStr("($$$/qafui/Test/GainTip=Output gain)")))});
     const std::string graph =
         Node("qorui::ui::UI_SubView", {SubViewSection(), NodeSection("Graph", 4, 30, 100, 50)});
     return Document(Node("qorui::ui::UI_SubView",
@@ -164,6 +166,42 @@ TEST(EditorXMLView, UnreadableArchivesLeaveAnEmptyEditor) {
     auto* graph = plain->GetContentView()->FindNodeByID("Graph");
     EXPECT_NE(dynamic_cast<qorui::UI_SubView*>(graph), nullptr);
     EXPECT_EQ(dynamic_cast<GraphNode*>(graph), nullptr);
+}
+
+TEST(EditorXMLView, ShowsTheArchivedToolTipsWhileHovering) {
+    ArchiveFolder folder;
+    ResourceManager resources(ModuleHandle{}, folder.Path());
+    qorui::skins::ScopedSkin look(qorui::skins::Skin::kClassic);
+    IntrusivePtr<TestXMLView> view(new TestXMLView(&resources, "TestEditor", MakeFilter()));
+    view->Init();
+    qorui::HeadlessWindow window(320, 240);
+    window.AddNode(view);
+    auto findTip = [&]() -> qorui::UI_ToolTip* {
+        for (const auto& node : window.GetRoot()->GetChildren())
+            if (auto* tip = dynamic_cast<qorui::UI_ToolTip*>(node.get()); tip && tip->IsShowing())
+                return tip;
+        return nullptr;
+    };
+
+    // Over the gain (4, 4, 60 by 18): the localised text once the delay is over.
+    window.MouseMove(20, 10);
+    window.AdvanceTime(qorui::UI_ToolTip::kDefaultDelaySeconds / 2);
+    EXPECT_EQ(findTip(), nullptr) << "not before the delay";
+    window.AdvanceTime(qorui::UI_ToolTip::kDefaultDelaySeconds);
+    qorui::UI_ToolTip* tip = findTip();
+    ASSERT_NE(tip, nullptr);
+    EXPECT_EQ(tip->GetText(), "Output gain");
+    EXPECT_GT(tip->GetFrame().y, 10.0f) << "below the pointer";
+    window.RenderAll();
+    EXPECT_EQ(window.GetPixel(int(tip->GetFrame().x) + 2, int(tip->GetFrame().y) + 4),
+              qorui::skins::GetPalette().toolTipBackground);
+
+    // Off the gain, over the graph, which has no tip: none, however long the pointer rests.
+    window.MouseMove(50, 60);
+    EXPECT_EQ(findTip(), nullptr);
+    window.AdvanceTime(3.0);
+    EXPECT_EQ(findTip(), nullptr);
+    EXPECT_EQ(window.GetRoot()->GetChildCount(), 1u) << "only the editor is left";
 }
 
 } // namespace

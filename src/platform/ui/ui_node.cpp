@@ -278,7 +278,7 @@ void UI_Node::InvalidateInParent() {
         parent_->EmitInvalidate(frame_);
 }
 
-// ---- focus, timers, cursor ----
+// ---- focus, timers, cursor, tool tip ----
 
 void UI_Node::SetWantsKeyboardFocus(bool wants) {
     wantsFocus_ = wants;
@@ -301,6 +301,14 @@ bool UI_Node::UI_RemoveTimer(int id, bool) {
 void UI_Node::UI_SetCursor(int cursor) {
     if (window_)
         window_->SetCursor(cursor);
+}
+
+void UI_Node::UI_SetToolTip(const std::string& text) {
+    if (text == toolTip_)
+        return;
+    toolTip_ = text;
+    if (window_)
+        window_->ToolTipTextChanged(this);
 }
 
 // ---- drawing ----

@@ -136,6 +136,13 @@ public:
     /// Sets the window's cursor by number (0 the arrow).
     void UI_SetCursor(int cursor);
 
+    // Tool tip: the window shows the text in a tip while the pointer rests over this node, after
+    // the hover delay; leaving, pressing or scrolling hides it. An empty text shows none. Only
+    // the node under the pointer counts, not its ancestors, so a control made of children hands
+    // its text on to the children that cover it. A showing tip takes a new text at once.
+    virtual void UI_SetToolTip(const std::string& text);
+    const std::string& GetToolTipText() const { return toolTip_; }
+
     // Clipping helpers for `UI_Draw`; undone when the draw returns.
     void UI_ClipToSelf(Penrig* penrig) const;
     void UI_ClipToRect(Penrig* penrig, const RectT<float>& local) const;
@@ -180,6 +187,7 @@ private:
     std::vector<IntrusivePtr<UI_Node>> children_;
     RectT<float> frame_;
     std::string id_;
+    std::string toolTip_;
     qorcore::Flags<std::uint32_t> state_;
     bool visible_ = true;
     bool enabled_ = true;

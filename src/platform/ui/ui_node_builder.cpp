@@ -568,8 +568,8 @@ void ArchiveReader::ApplyNodeKey(UI_Node& node, const Entry& entry, const std::s
         if (const auto text = ReadString(entry, path))
             node.SetID(*text);
     } else if (entry.key == "tooltip") {
-        if (const auto text = ReadString(entry, path); text && !text->empty() && report_)
-            report_->toolTips.emplace_back(IntrusivePtr<UI_Node>(&node), *text);
+        if (const auto text = ReadString(entry, path))
+            node.UI_SetToolTip(*text);
     } else if (entry.key == "visible") {
         if (const auto visible = ReadBool(entry, path))
             node.UI_SetVisible(*visible);

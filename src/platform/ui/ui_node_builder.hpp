@@ -20,11 +20,9 @@ struct NodeArchiveDiagnostic {
     std::string message;
 };
 
-/// What a load found besides the tree: every problem, and the tool tips of the nodes (the
-/// toolkit's nodes keep none of their own; a view shows them with `UI_ToolTipHover`).
+/// What a load found besides the tree: every problem.
 struct NodeArchiveReport {
     std::vector<NodeArchiveDiagnostic> diagnostics;
-    std::vector<std::pair<IntrusivePtr<UI_Node>, std::string>> toolTips;
 };
 
 /// Makes live node trees from archived ones: a `prop.map` container (version "4") whose

@@ -68,6 +68,7 @@ void UI_Window::CloseTree() {
     hover_.reset();
     focus_.reset();
     pressed_.reset();
+    CloseToolTip();
     root_->RemoveAllChildren();
 }
 
@@ -134,6 +135,8 @@ bool UI_Window::DispatchMouseEvent(MouseEvent event) {
     const PointT<float> at = event.GetPosition();
     const bool press = event.IsAction(PointerAction::kPress);
     const bool release = event.IsAction(PointerAction::kRelease);
+    if (press || event.IsAction(PointerAction::kWheel) || event.IsAction(PointerAction::kLeave))
+        CloseToolTip();
     if (press) {
         if (event.GetClickCount() <= 0)
             event.SetClickCount(CountClick(event));
@@ -168,6 +171,8 @@ bool UI_Window::DispatchMouseEvent(MouseEvent event) {
     UI_Node* target = HitTest(at);
     if (!event.IsAction(PointerAction::kWheel))
         UpdateHover(target);
+    if (event.IsAction(PointerAction::kMove) || event.IsAction(PointerAction::kEnter))
+        UpdateToolTip(target, event);
     if (press) {
         for (UI_Node* n = target; n; n = n->GetParent())
             if (n->WantsKeyboardFocus() && n->IsEnabledInTree()) {
@@ -217,6 +222,29 @@ void UI_Window::UpdateHover(UI_Node* node) {
                                            hover_->UI_GlobalToLocalF(last.GetPosition()),
                                            MouseButton::kNone, last.GetModKey()));
     }
+}
+
+void UI_Window::UpdateToolTip(UI_Node* target, const MouseEvent& windowEvent) {
+    if (target != toolTipNode_.get()) {
+        CloseToolTip();
+        toolTipNode_ = target;
+    }
+    // No tip comes up while a button is held: the pointer is dragging, not resting.
+    if (!target || target->GetToolTipText().empty() || buttons_ != 0)
+        return;
+    toolTipHover_.SetText(target->GetToolTipText());
+    toolTipHover_.HandleMouseEvent(
+        *target, windowEvent.MovedTo(target->UI_GlobalToLocalF(windowEvent.GetPosition())));
+}
+
+void UI_Window::ToolTipTextChanged(UI_Node* node) {
+    if (node == toolTipNode_.get())
+        toolTipHover_.SetText(node->GetToolTipText());
+}
+
+void UI_Window::CloseToolTip() {
+    toolTipHover_.Close();
+    toolTipNode_.reset();
 }
 
 void UI_Window::UpdateCursor(UI_Node* target, const PointT<float>& at, ModifierFlags modifiers) {
@@ -289,6 +317,7 @@ bool UI_Window::MoveFocus(bool forward) {
 void UI_Window::LoseInputFocus() {
     UI_NodeManager::Get().CancelCaptureIn(this);
     buttons_ = 0;
+    CloseToolTip();
     UI_NodeManager::Get().RecordMouseEvent(UI_NodeManager::Get().GetPreviousMouseEvent(), 0);
     if (pressed_) {
         pressed_->SetStateFlags(UI_Node::kStatePressed, false);
@@ -346,6 +375,8 @@ void UI_Window::NodeUnavailable(UI_Node* subtree) {
         pressed_->SetStateFlags(UI_Node::kStatePressed, false);
         pressed_.reset();
     }
+    if (IsInSubtree(toolTipNode_.get(), subtree))
+        CloseToolTip();
 }
 
 } // namespace qorui

@@ -9,6 +9,7 @@
 #include "platform/ui/mouse_event.hpp"
 #include "platform/ui/timer_queue.hpp"
 #include "platform/ui/ui_node.hpp"
+#include "platform/ui/ui_tool_tip_hover.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -18,7 +19,8 @@ namespace qorui {
 
 /// What every backend shares: a root node filling the window, the dirty region and painting,
 /// event routing (captures first, then hit testing and bubbling to parents; keys to the focus),
-/// hover, focus, cursors and timers. A backend supplies the clock, the pixels and the input.
+/// hover, focus, cursors, the tool tips of the nodes and timers. A backend supplies the clock, the
+/// pixels and the input.
 ///
 /// Coordinates are logical pixels; the scale factor maps them to device pixels.
 class UI_Window {
@@ -70,6 +72,16 @@ public:
     int GetCursor() const { return cursor_; }
     void SetCursor(int cursor);
 
+    // Node tool tips (`UI_Node::UI_SetToolTip`): one tip for the whole window, for the node under
+    // the pointer. Nodes that keep a `UI_ToolTipHover` of their own show theirs as before.
+    /// The tip, waiting for its delay or showing; null when there is none.
+    UI_ToolTip* GetToolTip() const { return toolTipHover_.GetToolTip(); }
+    /// The node the tip belongs to; null when there is no tip.
+    UI_Node* GetToolTipNode() const { return GetToolTip() ? toolTipNode_.get() : nullptr; }
+    /// Negative or not-a-number throws std::invalid_argument.
+    void SetToolTipDelay(double seconds) { toolTipHover_.SetDelay(seconds); }
+    double GetToolTipDelay() const { return toolTipHover_.GetDelay(); }
+
     // Timers
     bool InstallTimer(UI_Node* node, float seconds, int id);
     bool RemoveTimer(const UI_Node* node, int id) { return timers_.Remove(node, id); }
@@ -99,6 +111,9 @@ private:
     void NodeLeaving(UI_Node* subtree);
     void NodeUnavailable(UI_Node* subtree);
     void UpdateHover(UI_Node* node);
+    void UpdateToolTip(UI_Node* target, const MouseEvent& windowEvent);
+    void ToolTipTextChanged(UI_Node* node);
+    void CloseToolTip();
     void UpdateCursor(UI_Node* target, const PointT<float>& at, ModifierFlags modifiers);
     bool Bubble(UI_Node* target, const MouseEvent& windowEvent);
     int CountClick(const MouseEvent& event);
@@ -113,6 +128,8 @@ private:
     IntrusivePtr<UI_Node> hover_;
     IntrusivePtr<UI_Node> focus_;
     IntrusivePtr<UI_Node> pressed_;
+    UI_ToolTipHover toolTipHover_;
+    IntrusivePtr<UI_Node> toolTipNode_;
     std::uint32_t buttons_ = 0;
     int cursor_ = 0;
     bool closing_ = false;
