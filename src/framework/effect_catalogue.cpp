@@ -2,6 +2,7 @@
 
 #include "framework/editor_resources.hpp"
 #include "framework/library.hpp"
+#include "framework/marl_tess_audio_filter_editor_view.hpp"
 #include "framework/pending_editor_view.hpp"
 #include "framework/resource_manager.hpp"
 #include "platform/core/null_pointer_exception.hpp"
@@ -10,6 +11,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <map>
+#include <string>
 
 namespace qoraudiofiltersui {
 
@@ -166,34 +169,41 @@ void RequireLibrary() {
         qorcore::config::DoThrowNullPtrException("SupplierInterface");
 }
 
-// Until the sheet-driven view exists, the scripts are chosen exactly as it will choose them and
-// kept in an empty editor.
-qorcore::IntrusivePtr<AudioFilterEditorViewBase>
-MakeScriptEditor(const EffectEntry& effect, const char* resourceName, bool hasSheet,
-                 std::shared_ptr<AudioFilter> filter) {
-    RequireLibrary();
-    EditorResources resources = ChooseEditorResources(
-        GetLibraryResourceManager(), resourceName, hasSheet, qorui::skins::IsRunningV7OrBeyond());
-    return qorcore::IntrusivePtr<AudioFilterEditorViewBase>(
-        new PendingEditorView(std::move(filter), effect, std::move(resources)));
+std::map<std::string, EditorClassFactory, std::less<>>& EditorClasses() {
+    static std::map<std::string, EditorClassFactory, std::less<>> classes;
+    return classes;
 }
 
-// The effect classes of the sheet-driven views (kind S) are not built yet: their factories make
-// the same empty editor as the generic one, with the class's own resource name.
-qorcore::IntrusivePtr<AudioFilterEditorViewBase>
-CreateSheetViewEditor(const EffectEntry& effect, std::shared_ptr<AudioFilter> filter) {
-    return MakeScriptEditor(effect, effect.resourceName, true, std::move(filter));
+const EditorClassFactory* FindEditorClass(const EffectEntry& effect) {
+    const auto& classes = EditorClasses();
+    const auto found = classes.find(std::string_view(effect.name));
+    return found == classes.end() ? nullptr : &found->second;
 }
 
-// The archived-node views (kind X) wait for the archive loader; their factories make an empty
-// editor and call its Init, as they will for the real class.
+// Effects whose own view class is not built yet answer with an empty editor that keeps what the
+// real one would load.
 qorcore::IntrusivePtr<AudioFilterEditorViewBase>
-CreateArchiveViewEditor(const EffectEntry& effect, std::shared_ptr<AudioFilter> filter) {
+MakePendingEditor(const EffectEntry& effect, bool scripts, std::shared_ptr<AudioFilter> filter) {
     RequireLibrary();
+    EditorResources resources;
+    if (scripts)
+        resources = ChooseEditorResources(GetLibraryResourceManager(), effect.resourceName, true,
+                                          qorui::skins::IsRunningV7OrBeyond());
     qorcore::IntrusivePtr<AudioFilterEditorViewBase> view(
-        new PendingEditorView(std::move(filter), effect, EditorResources{}));
-    view->Init();
+        new PendingEditorView(std::move(filter), effect, std::move(resources)));
+    if (!scripts)
+        view->Init();
     return view;
+}
+
+// Kinds S and X: the effect's own class, entered by its source file.
+qorcore::IntrusivePtr<AudioFilterEditorViewBase>
+CreateOwnClassEditor(const EffectEntry& effect, std::shared_ptr<AudioFilter> filter) {
+    if (const EditorClassFactory* factory = FindEditorClass(effect)) {
+        RequireLibrary();
+        return (*factory)(std::move(filter));
+    }
+    return MakePendingEditor(effect, effect.kind == EditorKind::kSheetView, std::move(filter));
 }
 
 // LatencyGenerator has a factory of its own that makes the same call as the generic one.
@@ -216,11 +226,11 @@ AudioFilterViewFactory MakeFactory(const EffectEntry& effect) {
         };
     case EditorKind::kSheetView:
         return [&effect](std::shared_ptr<AudioFilter> filter) {
-            return CreateSheetViewEditor(effect, std::move(filter));
+            return CreateOwnClassEditor(effect, std::move(filter));
         };
     case EditorKind::kArchiveView:
         return [&effect](std::shared_ptr<AudioFilter> filter) {
-            return CreateArchiveViewEditor(effect, std::move(filter));
+            return CreateOwnClassEditor(effect, std::move(filter));
         };
     }
     return nullptr;
@@ -285,18 +295,22 @@ const EffectEntry* FindEffect(std::string_view nameOrGuid) {
 
 qorcore::IntrusivePtr<AudioFilterEditorViewBase>
 CreateSheetEditor(const char* resourceName, bool hasSheet, std::shared_ptr<AudioFilter> filter) {
-    const EffectEntry* effect = FindEffect(resourceName ? resourceName : "");
-    if (!effect)
-        qorcore::config::DoThrowNullPtrException("EffectEntry");
-    // The sheet-driven view (MarlTessAudioFilterEditorView) is not built yet; see
-    // MakeScriptEditor.
-    return MakeScriptEditor(*effect, resourceName, hasSheet, std::move(filter));
+    RequireLibrary();
+    return MarlTessAudioFilterEditorView::Create(std::move(filter), GetLibraryDrawSupplier(),
+                                                 resourceName ? resourceName : "",
+                                                 GetLibraryResourceManager(), hasSheet);
 }
 
-bool IsEditorClassBuilt(const EffectEntry&) {
-    // No effect's view class exists yet: the generic one, the archive view and the 21 classes
-    // of their own all arrive with later work, and each flips its entry here.
-    return false;
+bool IsEditorClassBuilt(const EffectEntry& effect) {
+    if (effect.kind == EditorKind::kGeneric || effect.kind == EditorKind::kLayoutOnly)
+        return true;
+    return FindEditorClass(effect) != nullptr;
+}
+
+bool RegisterEditorClass(const char* effectName, EditorClassFactory factory) {
+    if (!effectName || !*effectName || !factory)
+        return false;
+    return EditorClasses().emplace(effectName, std::move(factory)).second;
 }
 
 } // namespace qoraudiofiltersui

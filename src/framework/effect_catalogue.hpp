@@ -4,6 +4,7 @@
 #include "platform/core/guid.hpp"
 #include "platform/core/intrusive_ptr.hpp"
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -45,7 +46,21 @@ qorcore::IntrusivePtr<AudioFilterEditorViewBase>
 CreateSheetEditor(const char* resourceName, bool hasSheet, std::shared_ptr<AudioFilter> filter);
 
 /// Whether the editor class of the effect exists yet; until then its factory answers with a
-/// `PendingEditorView`.
+/// `PendingEditorView`. The generic kinds always have theirs.
 bool IsEditorClassBuilt(const EffectEntry& effect);
+
+/// Makes the editor of an effect that has a view class of its own (kinds S and X).
+using EditorClassFactory =
+    std::function<qorcore::IntrusivePtr<AudioFilterEditorViewBase>(std::shared_ptr<AudioFilter>)>;
+/// Enters the view class of an effect by its name, for its factory to make; false for an
+/// empty name or factory, or a name entered before. Each effect's source file enters its class
+/// with an `EditorClassRegistration` when the program loads.
+bool RegisterEditorClass(const char* effectName, EditorClassFactory factory);
+
+struct EditorClassRegistration {
+    EditorClassRegistration(const char* effectName, EditorClassFactory factory) {
+        RegisterEditorClass(effectName, std::move(factory));
+    }
+};
 
 } // namespace qoraudiofiltersui

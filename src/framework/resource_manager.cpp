@@ -1,5 +1,7 @@
 #include "framework/resource_manager.hpp"
 
+#include "framework/embedded_resources.hpp"
+
 #include <algorithm>
 #include <cctype>
 #include <fstream>
@@ -52,7 +54,10 @@ std::optional<std::pair<std::string, std::string>> SplitFileName(const std::stri
 
 ResourceManager::ResourceManager(ModuleHandle module,
                                  std::optional<std::filesystem::path> overrideFolder)
-    : module_(std::move(module)), overrideFolder_(std::move(overrideFolder)) {}
+    : module_(std::move(module)), overrideFolder_(std::move(overrideFolder)) {
+    static const bool registered = (RegisterEmbeddedResources(), true);
+    (void)registered;
+}
 
 ResourceManager::~ResourceManager() = default;
 

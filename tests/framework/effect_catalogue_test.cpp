@@ -1,5 +1,6 @@
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
+#include "framework/marl_tess_audio_filter_editor_view.hpp"
 #include "framework/pending_editor_view.hpp"
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/draw/cairo_supplier.hpp"
@@ -143,6 +144,14 @@ TEST_F(InitializedLibrary, EveryFactoryMakesAnEditorOnItsFilter) {
         auto editor = AudioFilterViewFactoryRegistry::Get().CreateEditor(expected.first, filter);
         ASSERT_TRUE(editor) << name;
         EXPECT_EQ(editor->GetAudioFilter(), filter) << name;
+        const EffectEntry& effect = *FindEffect(name);
+        if (IsEditorClassBuilt(effect)) {
+            // Without resources a script editor comes up empty.
+            auto* script = dynamic_cast<MarlTessAudioFilterEditorView*>(editor.get());
+            ASSERT_NE(script, nullptr) << name;
+            EXPECT_FALSE(script->GetTessRoot()) << name;
+            continue;
+        }
         auto* pending = dynamic_cast<PendingEditorView*>(editor.get());
         ASSERT_NE(pending, nullptr) << name;
         EXPECT_EQ(pending->GetEffect().name, name);
@@ -150,12 +159,20 @@ TEST_F(InitializedLibrary, EveryFactoryMakesAnEditorOnItsFilter) {
     }
 }
 
+TEST_F(InitializedLibrary, TheGenericKindsMakeScriptEditors) {
+    for (const EffectEntry& effect : GetEffectCatalogue())
+        EXPECT_EQ(IsEditorClassBuilt(effect),
+                  effect.kind == EditorKind::kGeneric || effect.kind == EditorKind::kLayoutOnly)
+            << effect.name << ": no own class is linked into this test";
+}
+
 TEST_F(InitializedLibrary, ScriptEditorsChooseTheirResources) {
     Write("PARAMETRICEQ.mrl", "eq sheet");
     Write("PARAMETRICEQ.tss", "eq classic");
     Write("PARAMETRICEQ.V7.tss", "eq v7");
-    Write("ANALOGDELAY.mrl", "never read");
-    Write("ANALOGDELAY.tss", "delay layout");
+    Write("ANALOGDELAY.mrl", "never read: this is no sheet");
+    Write("ANALOGDELAY.tss", "layout AnalogDelayUI { view subview() { checkbox(identifier: "
+                             "\"Sync\", name: \"Sync\"); } }");
     Write("TUBEMODELEDCOMPRESSOR.tss", "tube layout");
     {
         qorui::skins::ScopedSkin skin(qorui::skins::Skin::kV7);
@@ -168,11 +185,20 @@ TEST_F(InitializedLibrary, ScriptEditorsChooseTheirResources) {
         EXPECT_EQ(Make("8EDCD326-33DE-4A4D-985B-F1BF48ED1427").GetResources().layoutText,
                   "eq classic");
     }
-    const auto& delay = Make("C4AD21D8-9748-4D79-B4A3-D88AB7E4BE34");
-    EXPECT_TRUE(delay.GetResources().sheetText.empty()) << "AnalogDelay never looks for a sheet";
-    EXPECT_EQ(delay.GetResources().layoutText, "delay layout");
     EXPECT_EQ(Make("F527FD12-24BF-411F-A46E-5B997CEC32D4").GetResources().layoutText, "tube layout")
         << "a class may load a resource whose name differs from the effect's";
-    EXPECT_TRUE(Make("D30B6731-3E00-4A11-9650-E816F58A9D12").GetResources().layoutText.empty())
+
+    // AnalogDelay never looks for a sheet: the broken one beside its layout is not read.
+    auto delay = AudioFilterViewFactoryRegistry::Get().CreateEditor(
+        "C4AD21D8-9748-4D79-B4A3-D88AB7E4BE34", MakeFilter());
+    auto* script = dynamic_cast<MarlTessAudioFilterEditorView*>(delay.get());
+    ASSERT_NE(script, nullptr);
+    ASSERT_TRUE(script->GetTessRoot());
+    EXPECT_TRUE(script->GetTessRoot()->GetTessViewHolder().GetControl("Sync"));
+    EXPECT_GT(script->GetFrame().width, 0.0f);
+
+    auto flanger = AudioFilterViewFactoryRegistry::Get().CreateEditor(
+        "D30B6731-3E00-4A11-9650-E816F58A9D12", MakeFilter());
+    EXPECT_FALSE(dynamic_cast<MarlTessAudioFilterEditorView&>(*flanger).GetTessRoot())
         << "an unknown resource leaves the editor without content";
 }

@@ -1,0 +1,510 @@
+// The leaf widgets of a layout: `radio_button`, `checkbox`, `static_text`, `display_text`,
+// `button`, `toggle_button`, `popup`, `knob`, `slider`, `separator`, `image` and
+// `inline_edit_number`, each a control of the toolkit bound to its cell through the assemblage.
+
+#include "platform/tess/assemblage.hpp"
+#include "platform/tess/tess_widgets.hpp"
+#include "platform/ui/control_drawing.hpp"
+#include "platform/ui/ui_checkbox.hpp"
+#include "platform/ui/ui_divider.hpp"
+#include "platform/ui/ui_hot_text_number.hpp"
+#include "platform/ui/ui_image_view.hpp"
+#include "platform/ui/ui_knob.hpp"
+#include "platform/ui/ui_picture_button.hpp"
+#include "platform/ui/ui_popup.hpp"
+#include "platform/ui/ui_radio_button.hpp"
+#include "platform/ui/ui_radio_group.hpp"
+#include "platform/ui/ui_slider.hpp"
+#include "platform/ui/ui_static_text.hpp"
+#include "platform/ui/ui_sub_view.hpp"
+#include "platform/ui/ui_text_button.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace qormarltess {
+
+namespace {
+
+using namespace widget_support;
+using qorui::UI_ControlChangedMessage;
+using qorui::UI_InteractiveControlChangedMessage;
+using vorlen::any_regular_t;
+using vorlen::dictionary_t;
+using vorlen::name_t;
+using vorlen::operator""_name;
+
+constexpr int kControlHeight = 22;
+// A check mark sits one pixel in, its caption five pixels after it.
+constexpr int kCheckMarkSpace = 1 + int(qorui::UI_Checkbox::kBoxSize) + 5;
+
+/// A leaf whose natural size is known when it is made.
+class LeafAdapter : public UI_TessNodeAdapterBase {
+public:
+    using UI_TessNodeAdapterBase::UI_TessNodeAdapterBase;
+
+protected:
+    void SetNaturalSize(int width, int height) { natural_ = {width, height}; }
+    std::pair<int, int> GetNaturalSize() const override { return natural_; }
+
+private:
+    std::pair<int, int> natural_{0, 0};
+};
+
+/// A number cell read as the control shows it; an empty value leaves the control unknown.
+void ShowNumber(qorui::UI_ControlView& control, const any_regular_t& value) {
+    if (value.is<double>())
+        control.SetValue(value.cast<double>());
+    else if (value.is<vorlen::empty_t>())
+        control.SetValueUnknown();
+    else
+        throw std::runtime_error("value must be bound to either a number or an empty_t");
+}
+
+/// Reads a dictionary argument given in place or as the name of a cell whose later values
+/// apply too.
+template <typename Apply>
+void WithDictionary(const dictionary_t& arguments, name_t key, const FactoryToken& token,
+                    Apply apply) {
+    const auto found = arguments.find(key);
+    if (found == arguments.end())
+        return;
+    if (found->second.template is<name_t>()) {
+        token.GetAssemblage().BindView(
+            found->second.template cast<name_t>(),
+            [apply](const any_regular_t& value) { apply(value.template cast<dictionary_t>()); });
+        return;
+    }
+    apply(found->second.template cast<dictionary_t>());
+}
+
+/// Two-state controls (checkbox, toggle button): the cell holds a boolean.
+void BindOnOff(qorui::UI_Button& control, name_t cell, const FactoryToken& token) {
+    if (!cell)
+        return;
+    Assemblage* assemblage = &token.GetAssemblage();
+    qorui::UI_Button* raw = &control;
+    assemblage->BindView(
+        cell, [raw](const any_regular_t& value) { raw->SetValue(IsOn(value) ? 1.0 : 0.0); });
+    control.NotifyWhenChanged([assemblage, cell, raw](const UI_ControlChangedMessage&) {
+        assemblage->SetCell(cell, any_regular_t(raw->GetValue() >= 0.5));
+    });
+    BindEnabled(token, cell, raw);
+}
+
+/// Interactive number controls write the cell on every step of a gesture, so that what depends
+/// on it follows the drag.
+void BindInteractiveNumber(qorui::UI_InteractiveControlView& control, name_t cell,
+                           const FactoryToken& token,
+                           std::function<double(double)> toCell = nullptr,
+                           std::function<double(double)> fromCell = nullptr) {
+    if (!cell)
+        return;
+    Assemblage* assemblage = &token.GetAssemblage();
+    qorui::UI_InteractiveControlView* raw = &control;
+    assemblage->BindView(cell, [raw, fromCell](const any_regular_t& value) {
+        if (value.is<double>() && fromCell)
+            raw->SetValue(fromCell(value.cast<double>()));
+        else
+            ShowNumber(*raw, value);
+    });
+    control.NotifyWhenChangedInteractively([assemblage, cell, raw, toCell](
+                                               const UI_InteractiveControlChangedMessage& message) {
+        if (message.GetChangeMessage() == qorui::kInteractiveChangeCancel && raw->IsValueUnknown())
+            return;
+        const double value = toCell ? toCell(raw->GetValue()) : raw->GetValue();
+        assemblage->SetCell(cell, any_regular_t(value));
+    });
+    BindEnabled(token, cell, raw);
+}
+
+class RadioButtonAdapter : public LeafAdapter {
+public:
+    RadioButtonAdapter(const dictionary_t& arguments, UI_Node* parent, const FactoryToken& token)
+        : LeafAdapter(parent, token) {
+        const std::string text = Text(arguments, "name"_name);
+        auto button = IntrusivePtr<qorui::UI_RadioButton>(new qorui::UI_RadioButton(text));
+        SetNode(button);
+        const auto [width, height] = TextSize(text, qorui::control_drawing::GetControlFont());
+        SetNaturalSize(kCheckMarkSpace + width + 1,
+                       std::max(int(qorui::UI_Checkbox::kBoxSize) + 2, height));
+        // Inside a radio group the group keeps the buttons exclusive.
+        if (auto* group = dynamic_cast<qorui::UI_RadioGroup*>(parent))
+            group->AddRadioButton(button);
+
+        const name_t cell = Cell(arguments, "bind"_name);
+        any_regular_t value;
+        if (!cell || !vorlen::get_value(arguments, "value"_name, value))
+            return;
+        Assemblage* assemblage = &token.GetAssemblage();
+        qorui::UI_RadioButton* raw = button.get();
+        auto* group = dynamic_cast<qorui::UI_RadioGroup*>(parent);
+        assemblage->BindView(cell, [raw, group, value](const any_regular_t& current) {
+            if (current != value) {
+                raw->SetValue(0.0);
+                return;
+            }
+            if (!group) {
+                raw->SetValue(1.0);
+                return;
+            }
+            for (std::size_t i = 0; i != group->GetRadioButtonCount(); ++i)
+                if (group->GetRadioButtonAt(i) == raw)
+                    group->SetValue(double(i));
+        });
+        button->NotifyWhenChanged([assemblage, cell, raw, value](const UI_ControlChangedMessage&) {
+            if (raw->IsChecked())
+                assemblage->SetCell(cell, value);
+        });
+        BindEnabled(token, cell, raw);
+    }
+};
+
+class CheckboxAdapter : public LeafAdapter {
+public:
+    CheckboxAdapter(const dictionary_t& arguments, UI_Node* parent, const FactoryToken& token)
+        : LeafAdapter(parent, token) {
+        const std::string text = Text(arguments, "name"_name);
+        auto box = IntrusivePtr<qorui::UI_Checkbox>(new qorui::UI_Checkbox(text));
+        SetNode(box);
+        const auto [width, height] = TextSize(text, qorui::control_drawing::GetControlFont());
+        SetNaturalSize(text.empty() ? int(qorui::UI_Checkbox::kBoxSize) + 2
+                                    : kCheckMarkSpace + width + 1,
+                       std::max(int(qorui::UI_Checkbox::kBoxSize) + 2, height));
+        BindOnOff(*box, Cell(arguments, "bind"_name), token);
+    }
+};
+
+/// `static_text` shows its `name`; `display_text` shows its `value`, or the cell that `value`
+/// or `bind` names.
+class TextAdapter : public LeafAdapter {
+public:
+    TextAdapter(bool display, const dictionary_t& arguments, UI_Node* parent,
+                const FactoryToken& token)
+        : LeafAdapter(parent, token) {
+        text_ = IntrusivePtr<qorui::UI_StaticText>(new qorui::UI_StaticText);
+        SetNode(text_);
+        std::string shown = Text(arguments, "name"_name);
+        name_t cell = Cell(arguments, "bind"_name);
+        if (display) {
+            any_regular_t value;
+            if (vorlen::get_value(arguments, "value"_name, value)) {
+                if (value.is<name_t>())
+                    cell = value.cast<name_t>();
+                else
+                    shown = value.is<std::string>() ? LocalizeString(value.cast<std::string>())
+                                                    : DisplayText(value);
+            }
+        }
+        text_->SetText(shown);
+        Measure(shown);
+        if (cell) {
+            qorui::UI_StaticText* raw = text_.get();
+            token.GetAssemblage().BindView(
+                cell, [raw](const any_regular_t& value) { raw->SetText(DisplayText(value)); });
+            Measure(text_->GetText());
+        }
+    }
+
+private:
+    void Measure(const std::string& text) {
+        const auto [width, height] = TextSize(text, text_->GetFont());
+        SetNaturalSize(width + 1, height);
+    }
+
+    IntrusivePtr<qorui::UI_StaticText> text_;
+};
+
+/// A push button writes `value` (or, without one, the value of its `bind` cell) to
+/// `bind_output`, or to `bind` when there is no `bind_output`.
+class ButtonAdapter : public LeafAdapter {
+public:
+    ButtonAdapter(bool toggle, const dictionary_t& arguments, UI_Node* parent,
+                  const FactoryToken& token)
+        : LeafAdapter(parent, token) {
+        const std::string imageName = Text(arguments, "image"_name);
+        const std::string text = Text(arguments, "name"_name);
+        IntrusivePtr<qorui::UI_Button> button;
+        if (!imageName.empty()) {
+            auto picture = IntrusivePtr<qorui::UI_PictureButton>(new qorui::UI_PictureButton);
+            picture->SetDrawsFace(true);
+            auto image = token.GetImage(imageName);
+            if (image) {
+                SetNaturalSize(int(std::ceil(image->GetWidth())) + 8,
+                               int(std::ceil(image->GetHeight())) + 6);
+                picture->SetImages(image);
+            } else {
+                SetNaturalSize(kControlHeight, kControlHeight);
+            }
+            button = picture;
+        } else {
+            auto textButton = IntrusivePtr<qorui::UI_TextButton>(
+                toggle ? new qorui::UI_ToggleButton(text) : new qorui::UI_TextButton(text));
+            SetNaturalSize(int(std::ceil(textButton->GetBestWidth())), kControlHeight);
+            button = textButton;
+        }
+        if (toggle)
+            button->SetButtonBehavior(qorui::UI_Button::kButtonBehaviorToggle);
+        SetNode(button);
+
+        const name_t cell = Cell(arguments, "bind"_name);
+        if (toggle) {
+            BindOnOff(*button, cell, token);
+            return;
+        }
+        const name_t output = Cell(arguments, "bind_output"_name);
+        auto value = std::make_shared<any_regular_t>();
+        const bool hasValue = vorlen::get_value(arguments, "value"_name, *value);
+        const name_t target = output ? output : (hasValue ? cell : name_t());
+        if (!target)
+            return;
+        Assemblage* assemblage = &token.GetAssemblage();
+        if (!hasValue && cell)
+            assemblage->BindView(cell, [value](const any_regular_t& current) { *value = current; });
+        button->NotifyWhenChanged([assemblage, target, value](const UI_ControlChangedMessage&) {
+            assemblage->SetCell(target, *value);
+        });
+        BindEnabled(token, target, button.get());
+    }
+};
+
+/// A popup of `items` ({name, value}); the cell holds the chosen item's value.
+class PopupAdapter : public LeafAdapter {
+public:
+    PopupAdapter(const dictionary_t& arguments, UI_Node* parent, const FactoryToken& token)
+        : LeafAdapter(parent, token) {
+        popup_ = IntrusivePtr<qorui::UI_Popup>(new qorui::UI_Popup);
+        SetNode(popup_);
+        vorlen::array_t items;
+        vorlen::get_value(arguments, "items"_name, items);
+        std::vector<std::string> names;
+        int widest = 0;
+        for (const any_regular_t& item : items) {
+            const auto& entry = item.cast<dictionary_t>();
+            names.push_back(Text(entry, "name"_name));
+            any_regular_t value;
+            vorlen::get_value(entry, "value"_name, value);
+            values_.push_back(value);
+            widest = std::max(
+                widest, TextSize(names.back(), qorui::control_drawing::GetControlFont()).first);
+        }
+        popup_->SetItems(names);
+        SetNaturalSize(widest + 34, kControlHeight);
+
+        const name_t cell = Cell(arguments, "bind"_name);
+        if (!cell)
+            return;
+        Assemblage* assemblage = &token.GetAssemblage();
+        assemblage->BindView(cell, [this](const any_regular_t& current) {
+            const auto found = std::find(values_.begin(), values_.end(), current);
+            if (found == values_.end())
+                popup_->SetValueUnknown();
+            else
+                popup_->SetValue(double(found - values_.begin()));
+        });
+        popup_->NotifyWhenChanged([this, assemblage, cell](const UI_ControlChangedMessage&) {
+            const int index = popup_->GetSelectedIndex();
+            if (index >= 0 && std::size_t(index) < values_.size())
+                assemblage->SetCell(cell, values_[std::size_t(index)]);
+        });
+        BindEnabled(token, cell, popup_.get());
+    }
+
+private:
+    IntrusivePtr<qorui::UI_Popup> popup_;
+    std::vector<any_regular_t> values_;
+};
+
+/// A `[min, max]` pair or a dictionary with "min_value" and "max_value".
+std::pair<double, double> ReadRange(const any_regular_t& range,
+                                    std::pair<double, double> fallback) {
+    if (range.is<vorlen::array_t>()) {
+        const auto& pair = range.cast<vorlen::array_t>();
+        if (pair.size() == 2)
+            return {pair[0].cast<double>(), pair[1].cast<double>()};
+        throw std::runtime_error("a range needs two numbers, [min, max]");
+    }
+    const auto& dictionary = range.cast<dictionary_t>();
+    vorlen::get_value(dictionary, "min_value"_name, fallback.first);
+    vorlen::get_value(dictionary, "max_value"_name, fallback.second);
+    return fallback;
+}
+
+class KnobAdapter : public LeafAdapter {
+public:
+    KnobAdapter(const dictionary_t& arguments, UI_Node* parent, const FactoryToken& token)
+        : LeafAdapter(parent, token) {
+        auto knob = IntrusivePtr<qorui::UI_Knob>(new qorui::UI_Knob);
+        SetNode(knob);
+        SetNaturalSize(32, 32);
+        any_regular_t range;
+        if (vorlen::get_value(arguments, "value_range"_name, range)) {
+            const auto [min, max] = ReadRange(range, {0.0, 1.0});
+            knob->SetRange(min, max);
+        }
+        BindInteractiveNumber(*knob, Cell(arguments, "bind"_name), token);
+    }
+};
+
+/// A slider over the range of `min_max_filter`; the cell holds the value in that range.
+class SliderAdapter : public LeafAdapter {
+public:
+    SliderAdapter(const dictionary_t& arguments, UI_Node* parent, const FactoryToken& token)
+        : LeafAdapter(parent, token) {
+        const bool vertical = Cell(arguments, "orientation"_name) == name_t("vertical"_name);
+        const name_t point = Cell(arguments, "slider_point"_name);
+        qorui::SliderDirection direction = vertical ? qorui::kSliderDirectionVerticalPointingRight
+                                                    : qorui::kSliderDirectionHorizontalPointingDown;
+        if (point == name_t("none"_name))
+            direction =
+                vertical ? qorui::kSliderDirectionVertical : qorui::kSliderDirectionHorizontal;
+        else if (point == name_t("up"_name))
+            direction = qorui::kSliderDirectionHorizontalPointingUp;
+        else if (point == name_t("left"_name))
+            direction = qorui::kSliderDirectionVerticalPointingLeft;
+        auto slider = IntrusivePtr<qorui::UI_Slider>(new qorui::UI_Slider(direction));
+        SetNode(slider);
+        const int thickness = int(std::ceil(qorui::UI_Slider::GetDefaultSize(direction)));
+        SetNaturalSize(vertical ? thickness : 120, vertical ? 120 : thickness);
+        WithDictionary(arguments, "min_max_filter"_name, token, [this](const dictionary_t& d) {
+            *range_ = ReadRange(any_regular_t(d), *range_);
+        });
+        auto range = range_;
+        BindInteractiveNumber(
+            *slider, Cell(arguments, "bind"_name), token,
+            [range](double normalised) {
+                return range->first + normalised * (range->second - range->first);
+            },
+            [range](double value) {
+                const double span = range->second - range->first;
+                return span == 0.0 ? 0.0 : std::clamp((value - range->first) / span, 0.0, 1.0);
+            });
+    }
+
+private:
+    std::shared_ptr<std::pair<double, double>> range_ =
+        std::make_shared<std::pair<double, double>>(0.0, 1.0);
+};
+
+/// A line across its row or column; it fills its axis unless the script aligns it otherwise.
+class SeparatorAdapter : public LeafAdapter {
+public:
+    SeparatorAdapter(const dictionary_t& arguments, UI_Node* parent, const FactoryToken& token)
+        : LeafAdapter(parent, token) {
+        vertical_ = Cell(arguments, "orientation"_name) == name_t("vertical"_name);
+        SetNode(IntrusivePtr<qorui::UI_Divider>(new qorui::UI_Divider));
+        SetNaturalSize(vertical_ ? 1 : 8, vertical_ ? 8 : 1);
+    }
+
+    void AdjustAttributes(vorlen::layout_attributes_t& attributes) const override {
+        auto& axis = attributes.axis[vertical_ ? 1 : 0];
+        if (axis.alignment == vorlen::alignment_t::default_)
+            axis.alignment = vorlen::alignment_t::forward_fill;
+    }
+
+private:
+    bool vertical_ = false;
+};
+
+class ImageAdapter : public LeafAdapter {
+public:
+    ImageAdapter(const dictionary_t& arguments, UI_Node* parent, const FactoryToken& token)
+        : LeafAdapter(parent, token) {
+        auto image = token.GetImage(Text(arguments, "image"_name));
+        if (image)
+            SetNaturalSize(int(std::ceil(image->GetWidth())), int(std::ceil(image->GetHeight())));
+        SetNode(IntrusivePtr<qorui::UI_ImageView>(new qorui::UI_ImageView(image)));
+    }
+};
+
+/// A label and a hot text number in one row; the identifier names the number.
+class InlineEditNumberAdapter : public LeafAdapter {
+public:
+    InlineEditNumberAdapter(const dictionary_t& arguments, UI_Node* parent,
+                            const FactoryToken& token)
+        : LeafAdapter(parent, token) {
+        auto row = IntrusivePtr<qorui::UI_SubView>(new qorui::UI_SubView);
+        SetNode(row);
+        const std::string name = Text(arguments, "name"_name);
+        number_ = IntrusivePtr<qorui::UI_HotTextNumber>(new qorui::UI_HotTextNumber);
+        number_->SetTextLabel(Text(arguments, "label"_name));
+        number_->SetDecimalPlaces(int(Number(arguments, "decimal_places"_name, 2)));
+        number_->SetIncrement(Number(arguments, "increment"_name, 1));
+        qorui::UI_HotTextNumber* raw = number_.get();
+        WithDictionary(arguments, "min_max_filter"_name, token, [raw](const dictionary_t& d) {
+            double min = raw->GetMinValue(), max = raw->GetMaxValue();
+            vorlen::get_value(d, "min_value"_name, min);
+            vorlen::get_value(d, "max_value"_name, max);
+            raw->SetMinValue(min);
+            raw->SetMaxValue(max);
+        });
+        any_regular_t value;
+        name_t cell = Cell(arguments, "bind"_name);
+        if (vorlen::get_value(arguments, "value"_name, value)) {
+            if (value.is<name_t>())
+                cell = value.cast<name_t>();
+            else
+                ShowNumber(*number_, value);
+        }
+        BindInteractiveNumber(*number_, cell, token);
+
+        const auto font = qorui::control_drawing::GetControlFont();
+        const auto [labelWidth, labelHeight] = TextSize(name, font);
+        int x = 0;
+        if (!name.empty()) {
+            auto label = IntrusivePtr<qorui::UI_StaticText>(new qorui::UI_StaticText(name));
+            label->SetFrame({0, 0, float(labelWidth + 1), float(kControlHeight)});
+            row->ChildPushBack(label);
+            x = labelWidth + 5;
+        }
+        const double widestValue =
+            std::max(std::fabs(raw->GetMinValue()), std::fabs(raw->GetMaxValue()));
+        const std::string sample =
+            raw->FormatValue(std::isfinite(widestValue) && widestValue < 1e9 ? -widestValue
+                                                                             : -99999.0) +
+            raw->GetTextLabel() + " ";
+        const int numberWidth = TextSize(sample, number_->GetFont()).first + 4;
+        number_->SetFrame({float(x), 0, float(numberWidth), float(kControlHeight)});
+        row->ChildPushBack(number_);
+        SetNaturalSize(x + numberWidth, std::max(kControlHeight, labelHeight));
+    }
+
+    UI_Node* GetControlNode() const override { return number_.get(); }
+
+private:
+    IntrusivePtr<qorui::UI_HotTextNumber> number_;
+};
+
+} // namespace
+
+std::shared_ptr<UI_TessNodeAdapterBase> MakeControlWidget(name_t widget,
+                                                          const dictionary_t& arguments,
+                                                          UI_Node* parent,
+                                                          const FactoryToken& token) {
+    if (widget == "radio_button"_name)
+        return std::make_shared<RadioButtonAdapter>(arguments, parent, token);
+    if (widget == "checkbox"_name)
+        return std::make_shared<CheckboxAdapter>(arguments, parent, token);
+    if (widget == "static_text"_name || widget == "display_text"_name)
+        return std::make_shared<TextAdapter>(widget == "display_text"_name, arguments, parent,
+                                             token);
+    if (widget == "button"_name || widget == "toggle_button"_name)
+        return std::make_shared<ButtonAdapter>(widget == "toggle_button"_name, arguments, parent,
+                                               token);
+    if (widget == "popup"_name)
+        return std::make_shared<PopupAdapter>(arguments, parent, token);
+    if (widget == "knob"_name)
+        return std::make_shared<KnobAdapter>(arguments, parent, token);
+    if (widget == "slider"_name)
+        return std::make_shared<SliderAdapter>(arguments, parent, token);
+    if (widget == "separator"_name)
+        return std::make_shared<SeparatorAdapter>(arguments, parent, token);
+    if (widget == "image"_name)
+        return std::make_shared<ImageAdapter>(arguments, parent, token);
+    if (widget == "inline_edit_number"_name)
+        return std::make_shared<InlineEditNumberAdapter>(arguments, parent, token);
+    return nullptr;
+}
+
+} // namespace qormarltess

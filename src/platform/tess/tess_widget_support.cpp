@@ -1,0 +1,68 @@
+#include "core/number_text.hpp"
+#include "platform/tess/assemblage.hpp"
+#include "platform/tess/tess_widgets.hpp"
+#include "platform/ui/control_drawing.hpp"
+
+#include <cmath>
+
+namespace qormarltess::widget_support {
+
+using vorlen::any_regular_t;
+using vorlen::dictionary_t;
+using vorlen::name_t;
+
+std::string Text(const dictionary_t& arguments, name_t key) {
+    std::string text;
+    vorlen::get_value(arguments, key, text);
+    return LocalizeString(text);
+}
+
+name_t Cell(const dictionary_t& arguments, name_t key) {
+    name_t cell;
+    vorlen::get_value(arguments, key, cell);
+    return cell;
+}
+
+double Number(const dictionary_t& arguments, name_t key, double fallback) {
+    vorlen::get_value(arguments, key, fallback);
+    return fallback;
+}
+
+bool Boolean(const dictionary_t& arguments, name_t key, bool fallback) {
+    vorlen::get_value(arguments, key, fallback);
+    return fallback;
+}
+
+bool IsOn(const any_regular_t& value) {
+    if (value.is<bool>())
+        return value.cast<bool>();
+    if (value.is<double>())
+        return value.cast<double>() != 0.0;
+    return false;
+}
+
+std::string DisplayText(const any_regular_t& value) {
+    if (value.is<double>())
+        return vorlen::number_text(value.cast<double>());
+    if (value.is<std::string>())
+        return value.cast<std::string>();
+    if (value.is<name_t>())
+        return value.cast<name_t>().c_str();
+    if (value.is<bool>())
+        return value.cast<bool>() ? "true" : "false";
+    return {};
+}
+
+std::pair<int, int> TextSize(std::string_view text, const qorui::penrig::Font& font) {
+    const auto metrics = qorui::control_drawing::MeasureText(text, font);
+    return {int(std::ceil(metrics.width)), int(std::ceil(metrics.height))};
+}
+
+void BindEnabled(const FactoryToken& token, name_t cell, UI_Node* node) {
+    if (!cell || !node)
+        return;
+    qorcore::IntrusivePtr<UI_Node> kept(node);
+    token.GetAssemblage().BindEnabled(cell, [kept](bool enabled) { kept->UI_SetEnabled(enabled); });
+}
+
+} // namespace qormarltess::widget_support

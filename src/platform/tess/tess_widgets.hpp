@@ -1,0 +1,44 @@
+#pragma once
+
+#include "core/any_regular.hpp"
+#include "platform/draw/font.hpp"
+#include "platform/tess/ui_tess_node_adapter_base.hpp"
+
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace qormarltess {
+
+/// The engine's own widgets. Each returns null for a name that is not of its kind.
+std::shared_ptr<UI_TessNodeAdapterBase> MakeContainerWidget(vorlen::name_t widget,
+                                                            const vorlen::dictionary_t& arguments,
+                                                            UI_Node* parent,
+                                                            const FactoryToken& token);
+std::shared_ptr<UI_TessNodeAdapterBase> MakeControlWidget(vorlen::name_t widget,
+                                                          const vorlen::dictionary_t& arguments,
+                                                          UI_Node* parent,
+                                                          const FactoryToken& token);
+
+namespace widget_support {
+
+/// A text argument, localised; "" when absent. Another type raises `bad_cast`.
+std::string Text(const vorlen::dictionary_t& arguments, vorlen::name_t key);
+/// The cell an argument names with `@cell`; the empty name when absent. Another type raises
+/// `bad_cast`.
+vorlen::name_t Cell(const vorlen::dictionary_t& arguments, vorlen::name_t key);
+/// A number argument; `fallback` when absent. Another type raises `bad_cast`.
+double Number(const vorlen::dictionary_t& arguments, vorlen::name_t key, double fallback);
+bool Boolean(const vorlen::dictionary_t& arguments, vorlen::name_t key, bool fallback);
+/// Whether a cell's value counts as on: true, or a number other than 0.
+bool IsOn(const vorlen::any_regular_t& value);
+/// A value as a label shows it: numbers in their shortest form, strings and names as they are.
+std::string DisplayText(const vorlen::any_regular_t& value);
+/// The size a line of text takes in the font, in whole pixels.
+std::pair<int, int> TextSize(std::string_view text, const qorui::penrig::Font& font);
+/// Enables `node` while the input `cell` counts (nothing for cells that are no inputs).
+void BindEnabled(const FactoryToken& token, vorlen::name_t cell, UI_Node* node);
+
+} // namespace widget_support
+
+} // namespace qormarltess
