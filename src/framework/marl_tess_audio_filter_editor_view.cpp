@@ -309,10 +309,17 @@ bool MarlTessAudioFilterEditorView::UI_DoMouseEvent(const qorui::MouseEvent& eve
 }
 
 bool MarlTessAudioFilterEditorView::IsPointerPressed() const {
-    // A press on a control is the control's: the view learns of it from the buttons held while
-    // a change comes through the sheet.
-    return pointerPressed_ ||
-           (GetWindow() && (qorui::UI_NodeManager::Get().GetCurrentMouseButtonState() & 7) != 0);
+    // A press on a control is the control's: the view learns of it from the buttons held, or
+    // from the press or release being dispatched, while a change comes through the sheet.
+    if (pointerPressed_)
+        return true;
+    if (!GetWindow())
+        return false;
+    const qorui::UI_NodeManager& manager = qorui::UI_NodeManager::Get();
+    const qorui::MouseEvent& event = manager.GetPreviousMouseEvent();
+    return (manager.GetCurrentMouseButtonState() & 7) != 0 ||
+           event.IsAction(qorui::PointerAction::kPress) ||
+           event.IsAction(qorui::PointerAction::kRelease);
 }
 
 void MarlTessAudioFilterEditorView::OnParameterChanged(const any_regular_t& value, int index) {

@@ -1,0 +1,324 @@
+#include "framework/marl_tess_audio_filter_editor_view.hpp"
+#include "framework/resource_manager.hpp"
+#include "platform/core/null_pointer_exception.hpp"
+#include "platform/core/trace.hpp"
+#include "platform/draw/cairo_supplier.hpp"
+#include "platform/host/parameter_store_filter.hpp"
+#include "platform/tess/ui_tess.hpp"
+#include "platform/ui/headless_window.hpp"
+#include "platform/ui/ui_hot_text_number.hpp"
+#include "platform/ui/ui_knob.hpp"
+#include "platform/ui/ui_popup.hpp"
+#include "platform/ui/ui_slider.hpp"
+#include "platform/ui/ui_static_text.hpp"
+#include "sheet/sheet.hpp"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+using namespace qoraudiofiltersui;
+using qoraudiofilterhost::ParameterDescriptor;
+using qoraudiofilterhost::ParameterStoreFilter;
+using Kind = ParameterStoreFilter::CallKind;
+using vorlen::any_regular_t;
+using vorlen::name_t;
+
+namespace {
+
+// A gain in dB and a bypass switch on parameters 0 and 1; parameter 2 has no cells.
+const char* const kSheet = R"(sheet Test {
+constant:
+    gain_min: -24;
+    gain_max: 0;
+    gain_range: gain_max - gain_min;
+input:
+    in0: 0.5;
+    in1: 0;
+    sample_rate: 0;
+    suspended: false;
+    time_format: { };
+interface:
+    unlink gain: in0 * gain_range + gain_min;
+    unlink bypass: in1 >= 0.5;
+    unlink rate <== sample_rate;
+    unlink is_suspended <== suspended;
+    unlink align_probe <== align_left;
+    unlink empty_curve <== get_curve_data({ index: 0, size: 0 });
+    unlink curve <== get_curve_data({ index: 0, size: 3 });
+    unlink channel_names <== [get_output_channel_abbrev(0), get_output_channel_abbrev(1),
+                              get_output_channel_name(2), get_output_channel_abbrev(-1),
+                              get_output_channel_abbrev(3)];
+output:
+    out0 <== (gain - gain_min) / gain_range;
+    out1 <== bypass ? 1 : 0;
+})";
+
+const char* const kLayout = R"(layout Test {
+view subview(margin: 4, spacing: 4) {
+    inline_edit_number(identifier: 'Gain', value: @gain, decimal_places: 1, increment: 1,
+                       min_max_filter: { min_value: gain_min_shown, max_value: 0 });
+    checkbox(identifier: 'Bypass', name: 'Bypass', bind: @bypass);
+    display_text(identifier: 'Rate', value: @rate);
+    display_text(identifier: 'Suspended', value: @is_suspended);
+    popup(identifier: 'Channels', items: get_output_channel_abbrev_array());
+    static_text(identifier: 'Aligned', name: name_to_string(align_center));
+}
+})";
+
+/// A sheet-driven editor over its own resource folder, in a headless window.
+class EditorScene : public ::testing::Test {
+protected:
+    void SetUp() override {
+        folder = std::filesystem::temp_directory_path() /
+                 ("qafui-marltess-" + std::to_string(::getpid()));
+        std::filesystem::create_directories(folder);
+    }
+    void TearDown() override {
+        if (window)
+            window->GetRoot()->RemoveAllChildren();
+        view.reset();
+        std::filesystem::remove_all(folder);
+    }
+    void Write(const std::string& file, const std::string& text) {
+        std::ofstream(folder / file) << text;
+    }
+    void Open(const std::string& sheet, const std::string& layout, bool hasSheet = true) {
+        if (hasSheet)
+            Write("TEST.mrl", sheet);
+        // The layout reads a cell of its own for the limits: a layout's interface.
+        std::string withInterface = layout;
+        withInterface.insert(withInterface.find('{') + 1, "\ninterface: gain_min_shown: -24;\n");
+        Write("TEST.tss", withInterface);
+        manager = std::make_unique<ResourceManager>(ModuleHandle{}, folder);
+        view = MarlTessAudioFilterEditorView::Create(filter, &supplier, "Test", manager.get(),
+                                                     hasSheet);
+        window = std::make_unique<qorui::HeadlessWindow>(400, 300);
+        window->AddNode(view);
+    }
+    qorui::UI_Node& Control(const char* identifier) {
+        auto node = view->GetTessRoot()->GetTessViewHolder().GetControl(identifier);
+        if (!node)
+            throw std::runtime_error(std::string("no control ") + identifier);
+        return *node;
+    }
+    qorcore::PointT<float> Centre(const char* identifier) {
+        auto& node = Control(identifier);
+        return node.UI_LocalToGlobalF(
+            qorcore::PointT<float>{node.GetFrame().width / 2, node.GetFrame().height / 2});
+    }
+    any_regular_t Cell(const char* name) { return view->GetSheet()->get(name_t(name)); }
+    std::size_t Count(Kind kind) const { return filter->GetCalls(kind).size(); }
+    void Tick() { window->AdvanceTime(0.01); }
+
+    std::shared_ptr<ParameterStoreFilter> filter = std::make_shared<ParameterStoreFilter>(
+        std::vector<ParameterDescriptor>{{"Gain", 0.0f, 1.0f, 0.5f},
+                                         {"Bypass", 0.0f, 1.0f, 0.0f},
+                                         {"Other", 0.0f, 1.0f, 0.25f}});
+    qorui::penrig::CairoSupplier supplier;
+    std::filesystem::path folder;
+    std::unique_ptr<ResourceManager> manager;
+    IntrusivePtr<MarlTessAudioFilterEditorView> view;
+    std::unique_ptr<qorui::HeadlessWindow> window;
+};
+
+TEST_F(EditorScene, TheFirstSyncBringsTheFiltersValuesIntoTheSheetAndControls) {
+    filter->StoreValue(0, 0.75f);
+    filter->SetSampleRate(44100.0f);
+    Open(kSheet, kLayout);
+    EXPECT_DOUBLE_EQ(Cell("gain").cast<double>(), -6.0);
+    EXPECT_DOUBLE_EQ(dynamic_cast<qorui::UI_HotTextNumber&>(Control("Gain")).GetValue(), -6.0);
+    EXPECT_EQ(dynamic_cast<qorui::UI_StaticText&>(Control("Rate")).GetText(), "44100");
+    EXPECT_EQ(Count(Kind::kSetParameterValue), 0u) << "the view's own refresh writes nothing back";
+    EXPECT_GT(view->GetFrame().width, 0.0f);
+    EXPECT_EQ(view->GetFrame().width, view->GetTessRoot()->GetFrame().width);
+    EXPECT_TRUE(view->GetStateFlags().IsSet(16));
+}
+
+TEST_F(EditorScene, ADragOpensOneGestureAndTheButtonsReleaseClosesIt) {
+    Open(kSheet, kLayout);
+    const auto at = Centre("Gain");
+    window->MouseDown(at.x, at.y);
+    window->MouseMove(at.x, at.y - 10);
+    window->MouseMove(at.x, at.y - 20);
+    ASSERT_EQ(Count(Kind::kBeginParameterEdit), 1u);
+    EXPECT_EQ(filter->GetCalls(Kind::kBeginParameterEdit)[0].index, 0);
+    const std::size_t writes = Count(Kind::kSetParameterValue);
+    EXPECT_GE(writes, 2u);
+    EXPECT_FLOAT_EQ(filter->GetParameterValue(0),
+                    float((Cell("gain").cast<double>() + 24.0) / 24.0));
+
+    // Ticks while the button is down write the inputs back (in sync) but end nothing.
+    Tick();
+    Tick();
+    EXPECT_EQ(Count(Kind::kEndParameterEdit), 0u);
+    EXPECT_EQ(Count(Kind::kSetParameterValue), writes) << "the outputs fire again, ignored";
+
+    window->MouseUp(at.x, at.y - 20);
+    EXPECT_EQ(Count(Kind::kEndParameterEdit), 0u) << "gestures close at the next tick";
+    Tick();
+    ASSERT_EQ(Count(Kind::kEndParameterEdit), 1u);
+    EXPECT_EQ(filter->GetCalls(Kind::kEndParameterEdit)[0].index, 0);
+    Tick();
+    EXPECT_EQ(Count(Kind::kBeginParameterEdit), 1u);
+    EXPECT_EQ(Count(Kind::kEndParameterEdit), 1u);
+}
+
+TEST_F(EditorScene, GesturesOfSeveralParametersCloseInRisingOrder) {
+    Open(kSheet, kLayout);
+    const auto gain = Centre("Gain");
+    window->MouseDown(gain.x, gain.y);
+    window->MouseMove(gain.x, gain.y - 12);
+    // While the button is held the bypass changes too (as a linked control would).
+    view->GetSheet()->set(name_t("bypass"), any_regular_t(true));
+    view->GetSheet()->update();
+    window->MouseUp(gain.x, gain.y - 12);
+    Tick();
+    const auto ends = filter->GetCalls(Kind::kEndParameterEdit);
+    ASSERT_EQ(ends.size(), 2u);
+    EXPECT_EQ(ends[0].index, 0);
+    EXPECT_EQ(ends[1].index, 1);
+}
+
+TEST_F(EditorScene, AClickWritesWithoutGestureAndEqualValuesAreNotWrittenAgain) {
+    Open(kSheet, kLayout);
+    window->Click(Centre("Bypass").x, Centre("Bypass").y);
+    ASSERT_EQ(Count(Kind::kSetParameterValue), 1u);
+    EXPECT_FLOAT_EQ(filter->GetParameterValue(1), 1.0f);
+    Tick();
+    EXPECT_EQ(Count(Kind::kEndParameterEdit), 1u) << "the press opened the bypass's gesture";
+
+    filter->ClearCalls();
+    view->GetSheet()->set(name_t("gain"), any_regular_t(-12.0)); // the filter holds 0.5 already
+    view->GetSheet()->update();
+    EXPECT_EQ(Count(Kind::kSetParameterValue), 0u);
+    EXPECT_EQ(Count(Kind::kBeginParameterEdit), 0u);
+}
+
+TEST_F(EditorScene, ASuspendedChangeForcesARefreshAndOutOfRangeValuesAreTraced) {
+    Open(kSheet, kLayout);
+    std::vector<std::string> traces;
+    qorcore::debug::SetTraceSettings("MarlTessAudioFilterEditorView*=5");
+    qorcore::debug::SetTraceSink(
+        [&](int, std::string_view, std::string_view text) { traces.emplace_back(text); });
+
+    filter->SetParameterQuietly(0, 0.25f); // no dirty count: a tick alone takes nothing
+    Tick();
+    EXPECT_DOUBLE_EQ(Cell("gain").cast<double>(), -12.0);
+    filter->SetSuspended(true);
+    Tick();
+    EXPECT_DOUBLE_EQ(Cell("gain").cast<double>(), -18.0);
+    EXPECT_EQ(Cell("suspended"), any_regular_t(true));
+    EXPECT_EQ(dynamic_cast<qorui::UI_StaticText&>(Control("Suspended")).GetText(), "true");
+
+    filter->StoreValue(1, 1.5f);
+    Tick();
+    EXPECT_EQ(Cell("bypass"), any_regular_t(true)) << "the value is used all the same";
+    qorcore::debug::SetTraceSink({});
+    qorcore::debug::SetTraceSettings("");
+    ASSERT_EQ(traces.size(), 1u);
+    EXPECT_EQ(traces[0], "(from component) parameter out of range: index = 1, value = 1.5\n");
+}
+
+TEST_F(EditorScene, TheFunctionPackReachesTheFilterAndReflectsLayoutNames) {
+    filter->SetBuses({}, {{{1, 0, 2}}});
+    filter->SetCustomFloatData(0, {1.5f, 2.5f, 3.5f});
+    Open(kSheet, kLayout);
+    EXPECT_EQ(Cell("align_probe"), any_regular_t(name_t("align_left")))
+        << "a reflected name needs no cell";
+    EXPECT_EQ(Cell("empty_curve"), any_regular_t(vorlen::array_t()));
+    EXPECT_EQ(Cell("curve"), any_regular_t(vorlen::array_t{any_regular_t(1.5), any_regular_t(2.5),
+                                                           any_regular_t(3.5)}));
+    EXPECT_EQ(Cell("channel_names"),
+              any_regular_t(
+                  vorlen::array_t{any_regular_t(std::string("L")), any_regular_t(std::string("2")),
+                                  any_regular_t(std::string("Right")), any_regular_t(std::string()),
+                                  any_regular_t(std::string())}));
+    auto& channels = dynamic_cast<qorui::UI_Popup&>(Control("Channels"));
+    EXPECT_EQ(channels.GetItems(), (std::vector<std::string>{"L", "2", "R"}));
+    EXPECT_EQ(dynamic_cast<qorui::UI_StaticText&>(Control("Aligned")).GetText(), "align_center");
+}
+
+// A layout without a sheet, bound by its parameter map.
+const char* const kMappedLayout = R"(layout Mapped {
+interface:
+    __qoraudiofilter_parameter_map: [
+        { identifier: 'Size', parameter: 0 },
+        { identifier: 'Missing', parameter: 1 },
+        { identifier: 'Level' },
+        { identifier: 'Level', parameter: 2 } ];
+view subview(margin: 4) {
+    popup(identifier: 'Size', items: [{name: 'a', value: 0}, {name: 'b', value: 1},
+                                      {name: 'c', value: 2}, {name: 'd', value: 3},
+                                      {name: 'e', value: 4}]);
+    knob(identifier: 'Level', value_range: [-10, 10]);
+    slider(identifier: 'Drive');
+}
+})";
+
+class MappedEditor : public EditorScene {
+protected:
+    void SetUp() override {
+        EditorScene::SetUp();
+        filter = std::make_shared<ParameterStoreFilter>(
+            std::vector<ParameterDescriptor>{{"Size", 0.0f, 4.0f, 0.0f},
+                                             {"Unused", 0.0f, 1.0f, 0.0f},
+                                             {"Level", 0.0f, 1.0f, 0.5f},
+                                             {"Drive", 0.0f, 1.0f, 0.0f}});
+        Open("", kMappedLayout, false);
+    }
+};
+
+TEST_F(MappedEditor, TheMapBindsControlsWithoutASheet) {
+    auto& size = dynamic_cast<qorui::UI_Popup&>(Control("Size"));
+    size.ChooseItem(2);
+    ASSERT_EQ(Count(Kind::kSetParameterValue), 1u);
+    EXPECT_FLOAT_EQ(filter->GetParameterValue(0), 0.5f);
+    EXPECT_EQ(Count(Kind::kBeginParameterEdit), 0u) << "a popup writes without a gesture";
+
+    filter->StoreValue(0, 0.6f); // 2.4 rounds to item 2
+    Tick();
+    EXPECT_EQ(size.GetSelectedIndex(), 2);
+    filter->StoreValue(0, 0.63f); // 2.52 rounds to item 3
+    Tick();
+    EXPECT_EQ(size.GetSelectedIndex(), 3);
+
+    auto& level = dynamic_cast<qorui::UI_Knob&>(Control("Level"));
+    EXPECT_DOUBLE_EQ(level.GetValue(), 0.0) << "0.5 in the knob's own range";
+    level.BeginInteractiveChange();
+    level.SetValue(5.0);
+    level.ContinueInteractiveChange();
+    level.FinishInteractiveChange();
+    EXPECT_FLOAT_EQ(filter->GetParameterValue(2), 0.75f);
+    EXPECT_EQ(Count(Kind::kBeginParameterEdit), 1u);
+    EXPECT_EQ(Count(Kind::kEndParameterEdit), 1u);
+}
+
+TEST_F(MappedEditor, ASliderRunsFromTheParametersTopAtItsLowEnd) {
+    auto slider = view->HookupSlider("Drive", 3);
+    EXPECT_DOUBLE_EQ(slider->GetValue(), 1.0) << "parameter 0 puts the slider at its top";
+    slider->BeginInteractiveChange();
+    slider->SetValue(0.0);
+    slider->FinishInteractiveChange();
+    EXPECT_FLOAT_EQ(filter->GetParameterValue(3), 1.0f);
+    EXPECT_THROW(view->HookupSlider("NoSuchControl", 3), qorcore::NullPointerException);
+    EXPECT_THROW(view->HookupSlider("Size", 3), qorcore::NullPointerException)
+        << "a control of another class";
+}
+
+TEST_F(EditorScene, WithoutASheetGesturesStillCloseAndNoCellIsWritten) {
+    Open("", kMappedLayout, false);
+    EXPECT_TRUE(view->GetSheet());
+    filter->SetSuspended(true);
+    filter->StoreValue(2, 0.75f);
+    Tick();
+    EXPECT_EQ(Count(Kind::kSetParameterValue), 0u);
+    EXPECT_DOUBLE_EQ(dynamic_cast<qorui::UI_Knob&>(Control("Level")).GetValue(), 5.0)
+        << "observers of the map still follow the filter";
+}
+
+} // namespace
