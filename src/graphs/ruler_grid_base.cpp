@@ -832,10 +832,13 @@ void RulerGridBase::DrawBackground(qorui::penrig::Penrig* penrig) const {
         p.FillRect(bounds, ruler_background_color_);
     p.FillRect(bordered, background_color_);
 
+    // A repaint of the content alone (a dragged point) leaves the rulers' text alone.
+    const RectT<float> clip = p.GetClipBounds();
     if (horizontal_ruler_) {
-        horizontal_ruler_->Draw(penrig, {0, int(bordered.Bottom()),
-                                         int(content.Right()) + int(kRulerOverhang),
-                                         int(kHorizontalRulerHeight)});
+        const RectT<int> area{0, int(bordered.Bottom()), int(content.Right()) + int(kRulerOverhang),
+                              int(kHorizontalRulerHeight)};
+        if (clip.Intersects(RectT<float>(area)))
+            horizontal_ruler_->Draw(penrig, area);
         horizontal_handler_->Draw(penrig);
         if (show_grid_) {
             if (draw_horizontal_minor_ticks_)
@@ -844,8 +847,10 @@ void RulerGridBase::DrawBackground(qorui::penrig::Penrig* penrig) const {
         }
     }
     if (vertical_ruler_) {
-        vertical_ruler_->Draw(penrig, {int(bordered.Right()), 0, int(kVerticalRulerWidth),
-                                       int(content.Bottom()) + int(kRulerOverhang)});
+        const RectT<int> area{int(bordered.Right()), 0, int(kVerticalRulerWidth),
+                              int(content.Bottom()) + int(kRulerOverhang)};
+        if (clip.Intersects(RectT<float>(area)))
+            vertical_ruler_->Draw(penrig, area);
         vertical_handler_->Draw(penrig);
         if (show_grid_) {
             if (draw_vertical_minor_ticks_)
