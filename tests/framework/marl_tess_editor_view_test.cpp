@@ -45,6 +45,7 @@ input:
 interface:
     unlink gain: in0 * gain_range + gain_min;
     unlink bypass: in1 >= 0.5;
+    unlink boost: 0.25;
     unlink rate <== sample_rate;
     unlink is_suspended <== suspended;
     unlink align_probe <== align_left;
@@ -56,6 +57,7 @@ interface:
 output:
     out0 <== (gain - gain_min) / gain_range;
     out1 <== bypass ? 1 : 0;
+    out2 <== boost;
 })";
 
 const char* const kLayout = R"(layout Test {
@@ -218,10 +220,18 @@ TEST_F(EditorScene, ASuspendedChangeForcesARefreshAndOutOfRangeValuesAreTraced) 
     filter->StoreValue(1, 1.5f);
     Tick();
     EXPECT_EQ(Cell("bypass"), any_regular_t(true)) << "the value is used all the same";
+    // The other way: a value from the sheet outside 0..1 reaches the filter and is traced.
+    view->GetSheet()->set(name_t("boost"), any_regular_t(1.5));
+    view->GetSheet()->update();
+    const auto writes = filter->GetCalls(Kind::kSetParameterValue);
+    ASSERT_FALSE(writes.empty());
+    EXPECT_EQ(writes.back().index, 2);
+    EXPECT_FLOAT_EQ(writes.back().value, 1.5f);
     qorcore::debug::SetTraceSink({});
     qorcore::debug::SetTraceSettings("");
-    ASSERT_EQ(traces.size(), 1u);
+    ASSERT_EQ(traces.size(), 2u);
     EXPECT_EQ(traces[0], "(from component) parameter out of range: index = 1, value = 1.5\n");
+    EXPECT_EQ(traces[1], "(from UI) parameter out of range: index = 2, value = 1.5\n");
 }
 
 TEST_F(EditorScene, TheFunctionPackReachesTheFilterAndReflectsLayoutNames) {

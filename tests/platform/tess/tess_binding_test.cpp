@@ -48,7 +48,8 @@ view subview(margin: 8, spacing: 4) {
     static_text(identifier: 'Caption', name: caption);
     row(spacing: 4) {
         button(identifier: 'Copy', name: 'Copy', bind: @source, bind_output: @target);
-        button(identifier: 'Go', name: 'Go', bind_output: @command, value: 'run');
+        button(identifier: 'Go', name: 'Go', bind_output: @command, value: 'run',
+               alt: '$$$/qafui/Test/Go=Runs the command');
     }
     knob(identifier: 'Level', bind: @level, value_range: [0, 1]);
     slider(identifier: 'Gain', bind: @gain, min_max_filter: {min_value: -24, max_value: 0});
@@ -136,6 +137,7 @@ TEST(TessBinding, ButtonsWriteTheirValueOrTheirSourceCell) {
     EXPECT_EQ(scene.Get("target"), any_regular_t(std::string("from source")));
     scene.Click("Go");
     EXPECT_EQ(scene.Get("command"), any_regular_t(std::string("run")));
+    EXPECT_EQ(scene.Control("Go").GetToolTipText(), "Runs the command") << "alt is localised";
 }
 
 TEST(TessBinding, OptionalPanelsComeAndGoWithANewLayout) {
