@@ -35,6 +35,7 @@ constexpr std::string_view kToolkitPrefix = "qorui::ui::";
 struct AdapterRegistry {
     std::mutex mutex;
     std::map<std::string, UI_NodeBuilder::AdapterFunction, std::less<>> adapters;
+    std::map<std::string, UI_NodeBuilder::SectionApplierFunction, std::less<>> appliers;
 };
 
 template <class T>
@@ -121,6 +122,13 @@ private:
     /// The members of an indexed record (`children`, `sections`): `prefix`0 to `prefix`(count-1).
     std::vector<std::pair<Entry, std::string>>
     ReadIndexed(const Entry& entry, const std::string& path, std::string_view prefix);
+
+    /// Any value element as a typed value, for section appliers; records nest up to `depth`.
+    std::optional<NodeArchiveValue> ReadValue(const Entry& entry, const std::string& path,
+                                              int depth);
+    /// Hands a section to the applier registered for its class; false when there is none.
+    bool ApplyRegisteredSection(UI_Node& node, const std::vector<Entry>& section,
+                                std::string_view name, const std::string& path);
 
     IntrusivePtr<UI_Node> BuildNode(const Entry& entry, const std::string& path, int depth);
     void ApplySection(UI_Node& node, const std::vector<Entry>& section, std::string_view name,
@@ -528,9 +536,88 @@ IntrusivePtr<UI_Node> ArchiveReader::BuildNode(const Entry& entry, const std::st
     return node;
 }
 
+std::optional<NodeArchiveValue> ArchiveReader::ReadValue(const Entry& entry,
+                                                         const std::string& path, int depth) {
+    const std::string_view kind = entry.value.name();
+    NodeArchiveValue value;
+    if (kind == "true" || kind == "false") {
+        value.boolean = kind == "true";
+    } else if (kind == "int") {
+        const auto integer = ReadInt(entry, path);
+        if (!integer)
+            return std::nullopt;
+        value.kind = NodeArchiveValue::Kind::kInteger;
+        value.integer = *integer;
+    } else if (kind == "float" || kind == "double") {
+        const auto number = ReadDouble(entry, path);
+        if (!number)
+            return std::nullopt;
+        value.kind = NodeArchiveValue::Kind::kNumber;
+        value.number = *number;
+    } else if (kind == "string" || kind == "ustring") {
+        value.kind = NodeArchiveValue::Kind::kString;
+        value.text = *ReadString(entry, path);
+    } else if (kind == "array") {
+        value.kind = NodeArchiveValue::Kind::kStringArray;
+        value.items = *ReadStringArray(entry, path);
+    } else if (kind == "prop.list") {
+        if (depth <= 0) {
+            Report(path, entry.value, "records nest too deep; the value is skipped");
+            return std::nullopt;
+        }
+        value.kind = NodeArchiveValue::Kind::kRecord;
+        for (const Entry& member : ReadRecord(entry.value, path))
+            if (auto read = ReadValue(member, path + "/" + member.key, depth - 1))
+                value.members.push_back({member.key, std::move(*read)});
+    } else {
+        Report(path, entry.value, "unknown value element '" + std::string(kind) + "'");
+        return std::nullopt;
+    }
+    return value;
+}
+
+bool ArchiveReader::ApplyRegisteredSection(UI_Node& node, const std::vector<Entry>& section,
+                                           std::string_view name, const std::string& path) {
+    UI_NodeBuilder::SectionApplierFunction applier;
+    {
+        AdapterRegistry& registry = GetRegistry();
+        std::lock_guard lock(registry.mutex);
+        const auto found = registry.appliers.find(FullClassName(name));
+        if (found == registry.appliers.end())
+            return false;
+        applier = found->second;
+    }
+    constexpr int kMaxRecordDepth = 16;
+    std::vector<NodeArchiveProperty> properties;
+    for (const Entry& entry : section)
+        if (entry.key != "sectionName")
+            if (auto value = ReadValue(entry, path + "/" + entry.key, kMaxRecordDepth))
+                properties.push_back({entry.key, std::move(*value)});
+    const NodeArchiveSection typed(std::string(name), std::move(properties),
+                                   [&](std::string_view key, const std::string& message) {
+                                       const std::string keyPath = path + "/" + std::string(key);
+                                       pugi::xml_node where;
+                                       for (const Entry& entry : section)
+                                           if (entry.key == key)
+                                               where = entry.value;
+                                       Report(keyPath, where, message);
+                                   });
+    try {
+        applier(node, typed);
+    } catch (const std::exception& e) {
+        // At the section's own record: the parent of any of its pairs.
+        const pugi::xml_node where =
+            section.empty() ? pugi::xml_node() : section.front().value.parent().parent();
+        Report(path, where, "section '" + std::string(name) + "': " + e.what());
+    }
+    return true;
+}
+
 void ArchiveReader::ApplySection(UI_Node& node, const std::vector<Entry>& section,
                                  std::string_view name, const std::string& path, bool isCustom,
                                  int depth) {
+    if (ApplyRegisteredSection(node, section, name, path))
+        return;
     if (name == "UI_HotTextNumber")
         ApplyHotTextNumberSection(node, section, path);
     for (const Entry& entry : section) {
@@ -786,6 +873,58 @@ bool UI_NodeBuilder::RegisterAdapter(std::string className, AdapterFunction adap
     AdapterRegistry& registry = GetRegistry();
     std::lock_guard lock(registry.mutex);
     return registry.adapters.emplace(FullClassName(className), std::move(adapter)).second;
+}
+
+bool UI_NodeBuilder::RegisterSectionApplier(std::string className, SectionApplierFunction applier) {
+    if (className.empty() || !applier || FullClassName(className).starts_with(kToolkitPrefix))
+        return false;
+    AdapterRegistry& registry = GetRegistry();
+    std::lock_guard lock(registry.mutex);
+    return registry.appliers.emplace(std::move(className), std::move(applier)).second;
+}
+
+std::optional<bool> NodeArchiveValue::GetBool() const {
+    if (kind == Kind::kBoolean)
+        return boolean;
+    if (kind == Kind::kInteger)
+        return integer != 0;
+    return std::nullopt;
+}
+
+std::optional<double> NodeArchiveValue::GetNumber() const {
+    if (kind == Kind::kNumber)
+        return number;
+    if (kind == Kind::kInteger)
+        return double(integer);
+    return std::nullopt;
+}
+
+const NodeArchiveValue* NodeArchiveValue::Find(std::string_view key) const {
+    for (const NodeArchiveProperty& member : members)
+        if (member.key == key)
+            return &member.value;
+    return nullptr;
+}
+
+std::optional<int> NodeArchiveValue::GetEnumSelected() const {
+    const NodeArchiveValue* type = Find(".aptype");
+    const NodeArchiveValue* selected = Find("selected");
+    if (kind != Kind::kRecord || !type || type->kind != Kind::kInteger || type->integer != 2 ||
+        !selected || selected->kind != Kind::kInteger)
+        return std::nullopt;
+    return int(selected->integer);
+}
+
+const NodeArchiveValue* NodeArchiveSection::Find(std::string_view key) const {
+    for (const NodeArchiveProperty& property : properties_)
+        if (property.key == key)
+            return &property.value;
+    return nullptr;
+}
+
+void NodeArchiveSection::Report(std::string_view key, const std::string& message) const {
+    if (report_)
+        report_(key, message);
 }
 
 bool UI_NodeBuilder::IsAdapterRegistered(std::string_view className) {

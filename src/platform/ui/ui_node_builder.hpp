@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,61 @@ struct NodeArchiveDiagnostic {
 /// What a load found besides the tree: every problem.
 struct NodeArchiveReport {
     std::vector<NodeArchiveDiagnostic> diagnostics;
+};
+
+struct NodeArchiveProperty;
+
+/// A property value of an archived section, read into its type for a section applier of a
+/// higher layer. The element decides the kind: `true`/`false`, `int` (signed or unsigned),
+/// `float`/`double`, `string`/`ustring` (localised as the loader does), an `array` of strings,
+/// or a nested `prop.list` record (typed records carry their ".aptype" as a member).
+struct NodeArchiveValue {
+    enum class Kind { kBoolean, kInteger, kNumber, kString, kStringArray, kRecord };
+
+    Kind kind = Kind::kBoolean;
+    bool boolean = false;
+    long long integer = 0;
+    double number = 0.0;
+    std::string text;
+    std::vector<std::string> items;
+    std::vector<NodeArchiveProperty> members;
+
+    /// A boolean, or an integer where a boolean may stand.
+    std::optional<bool> GetBool() const;
+    /// A number, or an integer.
+    std::optional<double> GetNumber() const;
+    const std::string* GetString() const { return kind == Kind::kString ? &text : nullptr; }
+    /// A member of a record; null for other kinds and absent keys.
+    const NodeArchiveValue* Find(std::string_view key) const;
+    /// The `selected` index of an enumeration record (".aptype" 2); empty for anything else.
+    std::optional<int> GetEnumSelected() const;
+};
+
+struct NodeArchiveProperty {
+    std::string key;
+    NodeArchiveValue value;
+};
+
+/// One section of a node record as a section applier sees it: the class name and the class's
+/// own properties in archive order. `Report` adds a problem about one of them to the load's
+/// report, with its place in the archive.
+class NodeArchiveSection {
+public:
+    using ReportFunction = std::function<void(std::string_view key, const std::string& message)>;
+
+    NodeArchiveSection(std::string name, std::vector<NodeArchiveProperty> properties,
+                       ReportFunction report)
+        : name_(std::move(name)), properties_(std::move(properties)), report_(std::move(report)) {}
+
+    const std::string& GetName() const { return name_; }
+    const std::vector<NodeArchiveProperty>& GetProperties() const { return properties_; }
+    const NodeArchiveValue* Find(std::string_view key) const;
+    void Report(std::string_view key, const std::string& message) const;
+
+private:
+    std::string name_;
+    std::vector<NodeArchiveProperty> properties_;
+    ReportFunction report_;
 };
 
 /// Makes live node trees from archived ones: a `prop.map` container (version "4") whose
@@ -44,6 +100,10 @@ public:
     using ResourceReadFunction = std::function<bool(std::string_view name, std::vector<char>& out)>;
     using ImageSupplyFunction = std::function<IntrusivePtr<penrig::Image>(const std::string& name)>;
     using AdapterFunction = std::function<IntrusivePtr<UI_Node>()>;
+    /// Applies the properties of one section of a class the toolkit doesn't know to a node
+    /// made for it. Whatever it throws is reported and the load goes on.
+    using SectionApplierFunction =
+        std::function<void(UI_Node& node, const NodeArchiveSection& section)>;
 
     /// Node records nest no deeper than this; deeper ones are reported and skipped.
     static constexpr int kMaxNodeDepth = 64;
@@ -66,6 +126,10 @@ public:
     /// "qorui::ui::" names.
     static bool RegisterAdapter(std::string className, AdapterFunction adapter);
     static bool IsAdapterRegistered(std::string_view className);
+    /// Enters the applier of the sections named `className`, so that a layer above the toolkit
+    /// reads its own classes' properties; false when the name is empty or taken. The toolkit's
+    /// own sections keep their built-in reading.
+    static bool RegisterSectionApplier(std::string className, SectionApplierFunction applier);
 };
 
 namespace ui {
