@@ -583,6 +583,44 @@ TEST(CurveEditorDrawTest, DataCurvesAndTheLinearReference) {
     EXPECT_GT(PixelAt(s, middle).green, 0.05f);
 }
 
+/// How many nearly white pixels a window rectangle holds (label and number text).
+int WhitePixels(CurveScene& s, const RectT<float>& area) {
+    int count = 0;
+    for (int y = int(area.y); y < int(area.Bottom()); ++y)
+        for (int x = int(area.x); x < int(area.Right()); ++x) {
+            const auto c = s.window.GetPixel(x, y);
+            count += c.red > 0.8f && c.green > 0.8f && c.blue > 0.8f;
+        }
+    return count;
+}
+
+TEST(CurveEditorDrawTest, LabelsSitOverTheirPointsOrAlongTheBottom) {
+    CurveScene s;
+    s.editor->ShowGrid(false);
+    s.editor->SetDrawLinearReference(false);
+    s.SetPoints({{100, 100}, {300, 100}});
+    const PointT<float> a = s.At(100, 100);
+    const RectT<float> above{a.x - 30, a.y - 30, 60, 25};
+    const RectT<float> bottom{a.x - 30, s.At(0, 0).y - 22, 60, 22};
+    const RectT<float> between{s.At(200, 100).x - 10, a.y - 10, 20, 20};
+    s.window.RenderAll();
+    EXPECT_EQ(WhitePixels(s, above) + WhitePixels(s, bottom) + WhitePixels(s, between), 0);
+
+    s.editor->SetPointLabels({"Knee"});
+    s.window.RenderAll();
+    EXPECT_GT(WhitePixels(s, above), 20);
+    EXPECT_EQ(WhitePixels(s, bottom), 0);
+    s.editor->SetDrawPointLabelsAtBottom(true);
+    s.window.RenderAll();
+    EXPECT_EQ(WhitePixels(s, above), 0);
+    EXPECT_GT(WhitePixels(s, bottom), 20);
+
+    // The segment between the two points is numbered 1, halfway between them.
+    s.editor->SetDrawSegmentNumbers(true);
+    s.window.RenderAll();
+    EXPECT_GT(WhitePixels(s, between), 5);
+}
+
 TEST(CurveEditorDrawTest, ADenseCurveLooksAsEveryValueDrawnWould) {
     // The oracle draws every value as its own segment; the editor leaves out what lies within a
     // fraction of a pixel of its lines, and a single-value spike must survive that.
