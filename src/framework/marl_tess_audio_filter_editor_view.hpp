@@ -35,6 +35,7 @@ class virtual_machine_t;
 
 namespace qoraudiofiltersui {
 
+class EditNumber;
 class ResourceManager;
 using qorcore::IntrusivePtr;
 using qorui::UI_Node;
@@ -70,6 +71,7 @@ public:
     // Parameter binding by control identifier, without the sheet. Each finds the control,
     // registers both directions, sets the control once and returns it; a missing control
     // raises the null-pointer exception.
+    IntrusivePtr<EditNumber> HookupEditNumber(const char* identifier, int index);
     IntrusivePtr<qorui::UI_Slider> HookupSlider(const char* identifier, int index);
     IntrusivePtr<qorui::UI_Checkbox> HookupCheckbox(const char* identifier, int index);
     IntrusivePtr<qorui::UI_RadioGroup> HookupRadioGroup(const char* identifier, int index);
@@ -94,6 +96,11 @@ protected:
 
     // The families of direct binding: a user change, a parameter change, and the update of the
     // control from the parameter. Effects override them to add their own logic.
+    virtual void UpdateEditNumber(IntrusivePtr<EditNumber> control, int index);
+    virtual void OnEditNumberParameterChanged(int index, IntrusivePtr<EditNumber> control);
+    virtual void
+    OnEditNumberInteractiveChange(const qorui::UI_InteractiveControlChangedMessage& message,
+                                  IntrusivePtr<EditNumber> control, int index);
     virtual void
     OnSliderInteractiveChange(const qorui::UI_InteractiveControlChangedMessage& message,
                               IntrusivePtr<qorui::UI_Slider> control, int index);

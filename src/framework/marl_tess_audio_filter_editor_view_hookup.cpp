@@ -4,6 +4,8 @@
 
 #include "framework/marl_tess_audio_filter_editor_view.hpp"
 
+#include "controls/edit_number.hpp"
+
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/host/audio_filter.hpp"
 #include "platform/host/audio_filter_parameter_info.hpp"
@@ -78,6 +80,46 @@ void MarlTessAudioFilterEditorView::SendInteractiveChange(int changeMessage, int
         break;
     default: break;
     }
+}
+
+// Edit number: plain values; the hookup gives it the parameter's range.
+
+IntrusivePtr<EditNumber> MarlTessAudioFilterEditorView::HookupEditNumber(const char* identifier,
+                                                                         int index) {
+    auto control = AsControl<EditNumber>(FindControl(identifier), "EditNumber");
+    EditNumber* raw = control.get();
+    control->NotifyWhenChangedInteractively(
+        [this, raw, index](const UI_InteractiveControlChangedMessage& message) {
+            OnEditNumberInteractiveChange(message, IntrusivePtr<EditNumber>(raw), index);
+        });
+    AddParameterObserver(index, [this, raw, index] {
+        OnEditNumberParameterChanged(index, IntrusivePtr<EditNumber>(raw));
+    });
+    if (const auto info = GetInfo(index))
+        control->SetMinMaxValue(info->PlainFromNormalised(0.0f), info->PlainFromNormalised(1.0f),
+                                info->PlainFromNormalised(GetFilter()->GetParameterValue(index)));
+    UpdateEditNumber(control, index);
+    return control;
+}
+
+void MarlTessAudioFilterEditorView::OnEditNumberInteractiveChange(
+    const UI_InteractiveControlChangedMessage& message, IntrusivePtr<EditNumber> control,
+    int index) {
+    const auto info = GetInfo(index);
+    if (!info)
+        return;
+    SendInteractiveChange(message.GetChangeMessage(), index,
+                          info->NormalisedFromPlain(float(control->GetValue())));
+}
+
+void MarlTessAudioFilterEditorView::OnEditNumberParameterChanged(int index,
+                                                                 IntrusivePtr<EditNumber> control) {
+    UpdateEditNumber(std::move(control), index);
+}
+
+void MarlTessAudioFilterEditorView::UpdateEditNumber(IntrusivePtr<EditNumber> control, int index) {
+    if (const auto info = GetInfo(index))
+        control->SetValue(double(info->PlainFromNormalised(GetFilter()->GetParameterValue(index))));
 }
 
 // Slider: runs from the parameter's top at its low end, against the knob.
@@ -373,7 +415,9 @@ void MarlTessAudioFilterEditorView::AutoHookupParameterMap() {
         if (!control)
             continue;
         UI_Node* node = control.get();
-        if (dynamic_cast<qorui::UI_Slider*>(node))
+        if (dynamic_cast<EditNumber*>(node))
+            HookupEditNumber(identifier.c_str(), index);
+        else if (dynamic_cast<qorui::UI_Slider*>(node))
             HookupSlider(identifier.c_str(), index);
         else if (dynamic_cast<qorui::UI_Checkbox*>(node))
             HookupCheckbox(identifier.c_str(), index);

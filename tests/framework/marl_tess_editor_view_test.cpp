@@ -1,3 +1,5 @@
+#include "controls/edit_number.hpp"
+#include "framework/adapter_factory.hpp"
 #include "framework/marl_tess_audio_filter_editor_view.hpp"
 #include "framework/resource_manager.hpp"
 #include "platform/core/null_pointer_exception.hpp"
@@ -260,15 +262,43 @@ interface:
         { identifier: 'Size', parameter: 0 },
         { identifier: 'Missing', parameter: 1 },
         { identifier: 'Level' },
-        { identifier: 'Level', parameter: 2 } ];
+        { identifier: 'Level', parameter: 2 },
+        { identifier: 'Amount', parameter: 4 } ];
 view subview(margin: 4) {
     popup(identifier: 'Size', items: [{name: 'a', value: 0}, {name: 'b', value: 1},
                                       {name: 'c', value: 2}, {name: 'd', value: 3},
                                       {name: 'e', value: 4}]);
     knob(identifier: 'Level', value_range: [-10, 10]);
     slider(identifier: 'Drive');
+    test_edit_number(identifier: 'Amount');
 }
 })";
+
+/// Stands in for the library's own edit number widget: the client hook makes a bare EditNumber.
+class TestEditNumberAdapter : public qormarltess::UI_QORClientWidgetTessAdapter {
+public:
+    TestEditNumberAdapter(const vorlen::dictionary_t& arguments, qorui::UI_Node* parent,
+                          const qormarltess::FactoryToken& token)
+        : UI_QORClientWidgetTessAdapter(parent, token) {
+        SetNode(IntrusivePtr<EditNumber>(
+            new EditNumber(true, true, false, false, kSliderKnobArrowUpLeft)));
+        std::string identifier;
+        vorlen::get_value(arguments, name_t("identifier"), identifier);
+        UI_SetNodeID(identifier);
+        AddToParent();
+    }
+
+protected:
+    std::pair<int, int> GetNaturalSize() const override { return {120, 22}; }
+};
+
+const ClientAdapterFactory kTestHook =
+    [](const name_t& widget, const vorlen::dictionary_t& arguments, qorui::UI_Node* parent,
+       const qormarltess::FactoryToken& token) -> qormarltess::UI_QORClientWidgetTessAdapter* {
+    return widget == name_t("test_edit_number")
+               ? new TestEditNumberAdapter(arguments, parent, token)
+               : nullptr;
+};
 
 class MappedEditor : public EditorScene {
 protected:
@@ -278,8 +308,14 @@ protected:
             std::vector<ParameterDescriptor>{{"Size", 0.0f, 4.0f, 0.0f},
                                              {"Unused", 0.0f, 1.0f, 0.0f},
                                              {"Level", 0.0f, 1.0f, 0.5f},
-                                             {"Drive", 0.0f, 1.0f, 0.0f}});
+                                             {"Drive", 0.0f, 1.0f, 0.0f},
+                                             {"Amount", -20.0f, 20.0f, 0.25f}});
+        SetClientAdapterFactoryProc(&kTestHook);
         Open("", kMappedLayout, false);
+    }
+    void TearDown() override {
+        EditorScene::TearDown();
+        SetClientAdapterFactoryProc(nullptr);
     }
 };
 
@@ -306,6 +342,27 @@ TEST_F(MappedEditor, TheMapBindsControlsWithoutASheet) {
     EXPECT_FLOAT_EQ(filter->GetParameterValue(2), 0.75f);
     EXPECT_EQ(Count(Kind::kBeginParameterEdit), 1u);
     EXPECT_EQ(Count(Kind::kEndParameterEdit), 1u);
+}
+
+TEST_F(MappedEditor, AnEditNumberTakesTheRangeAndADragIsOneGesture) {
+    auto& amount = dynamic_cast<EditNumber&>(Control("Amount"));
+    EXPECT_DOUBLE_EQ(amount.GetMinValue(), -20.0);
+    EXPECT_DOUBLE_EQ(amount.GetMaxValue(), 20.0);
+    EXPECT_DOUBLE_EQ(amount.GetValue(), -10.0);
+    amount.BeginInteractiveChange();
+    amount.SetValue(0.0);
+    amount.ContinueInteractiveChange();
+    amount.SetValue(10.0);
+    amount.ContinueInteractiveChange();
+    amount.FinishInteractiveChange();
+    EXPECT_FLOAT_EQ(filter->GetParameterValue(4), 0.75f);
+    EXPECT_EQ(Count(Kind::kBeginParameterEdit), 1u);
+    EXPECT_EQ(Count(Kind::kEndParameterEdit), 1u);
+    EXPECT_EQ(Count(Kind::kSetParameterValue), 4u) << "begin, two steps and the end each write";
+
+    filter->StoreValue(4, 0.5f);
+    Tick();
+    EXPECT_DOUBLE_EQ(amount.GetValue(), 0.0);
 }
 
 TEST_F(MappedEditor, ASliderRunsFromTheParametersTopAtItsLowEnd) {
