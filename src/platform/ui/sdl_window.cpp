@@ -1,5 +1,7 @@
 #include "platform/ui/sdl_window.hpp"
 
+#include "platform/core/trace.hpp"
+
 #include "platform/core/main_thread_queue.hpp"
 #include "platform/draw/penrig.hpp"
 
@@ -10,6 +12,7 @@
 #include <cmath>
 #include <cstring>
 #include <stdexcept>
+#include <string>
 
 namespace qorui {
 
@@ -170,14 +173,24 @@ bool SdlWindow::ProcessEvents(int timeoutMs) {
     }
     if (!GetDirtyRegion().IsEmpty() || qorcore::MainThreadQueue::Get().GetPendingCount() > 0)
         wait = 0;
+    // A fault of one handler is reported and the window goes on: a live editor must not end
+    // the program over one event.
+    auto guarded = [](const char* what, auto&& step) {
+        try {
+            step();
+        } catch (const std::exception& error) {
+            qorcore::debug::Trace(1, "SdlWindow::ProcessEvents",
+                                  std::string(what) + ": " + error.what() + "\n");
+        }
+    };
     SDL_Event event;
     if (SDL_WaitEventTimeout(&event, wait)) {
-        HandleEvent(event);
+        guarded("event", [&] { HandleEvent(event); });
         while (open_ && SDL_PollEvent(&event))
-            HandleEvent(event);
+            guarded("event", [&] { HandleEvent(event); });
     }
-    FireDueTimers();
-    qorcore::MainThreadQueue::Get().RunPending();
+    guarded("timer", [&] { FireDueTimers(); });
+    guarded("main queue", [&] { qorcore::MainThreadQueue::Get().RunPending(); });
     Present();
     return open_;
 }

@@ -1,6 +1,7 @@
 // The window backend on a real X display. CTest runs this under xvfb-run; without a display
 // every test skips.
 #include "platform/core/main_thread_queue.hpp"
+#include "platform/core/trace.hpp"
 #include "platform/draw/penrig.hpp"
 #include "platform/ui/sdl_window.hpp"
 #include "test_nodes.hpp"
@@ -10,7 +11,9 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <string>
 #include <thread>
+#include <vector>
 
 using namespace qorui;
 using qafui_testing::MakeNode;
@@ -145,4 +148,39 @@ TEST_F(SdlWindowTest, ClosingEndsTheLoop) {
     ASSERT_EQ(SDL_PushEvent(&close), 1);
     EXPECT_FALSE(window.ProcessEvents(100));
     EXPECT_FALSE(window.IsOpen());
+}
+
+namespace {
+
+/// A node whose press handler fails, as a control with a broken lookup would.
+class ThrowingNode : public qorui::UI_Node {
+public:
+    bool UI_DoMouseEvent(const qorui::MouseEvent& event) override {
+        if (event.IsAction(qorui::PointerAction::kPress))
+            throw std::logic_error("Invalid type conversion.");
+        return false;
+    }
+};
+
+} // namespace
+
+TEST_F(SdlWindowTest, AFailingHandlerIsTracedAndTheWindowGoesOn) {
+    SdlWindow window("qafui test", 100, 100);
+    qorcore::IntrusivePtr<ThrowingNode> node(new ThrowingNode);
+    node->SetFrame({0, 0, 100, 100});
+    window.AddNode(node);
+    Settle(window);
+    std::vector<std::string> traces;
+    qorcore::debug::SetTraceSettings("SdlWindow*=1");
+    qorcore::debug::SetTraceSink(
+        [&](int, std::string_view, std::string_view text) { traces.emplace_back(text); });
+    Push(window, SDL_MOUSEBUTTONDOWN, 10, 10);
+    Push(window, SDL_MOUSEBUTTONUP, 10, 10);
+    bool open = false;
+    EXPECT_NO_THROW(open = window.ProcessEvents(100));
+    qorcore::debug::SetTraceSink({});
+    qorcore::debug::SetTraceSettings("");
+    EXPECT_TRUE(open);
+    ASSERT_EQ(traces.size(), 1u);
+    EXPECT_EQ(traces[0], "event: Invalid type conversion.\n");
 }
