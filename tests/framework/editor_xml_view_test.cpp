@@ -1,5 +1,7 @@
 // The archived-node editor view: loading through the resource manager, custom nodes, connected
-// controls, sizes, the ".V7" archive under the newer look and the archived tool tips.
+// controls, the library's own archive classes, sizes, the ".V7" archive under the newer look and
+// the archived tool tips.
+#include "controls/color_field.hpp"
 #include "framework/audio_filter_editor_xml_view.hpp"
 #include "framework/resource_manager.hpp"
 #include "platform/host/parameter_store_filter.hpp"
@@ -37,8 +39,13 @@ std::string EditorArchive(const std::string& rootId) {
                           Pair("tooltip", UStr("($$$/qafui/Test/GainTip=Output gain)")))});
     const std::string graph =
         Node("qorui::ui::UI_SubView", {SubViewSection(), NodeSection("Graph", 4, 30, 100, 50)});
-    return Document(Node("qorui::ui::UI_SubView",
-                         {SubViewSection({gain, graph}), NodeSection(rootId, 0, 0, 240, 120)}));
+    const std::string tint =
+        Node("qoraudiofiltersui::ColorField",
+             {Section("qoraudiofiltersui::ColorField", Pair("allowUserColorChange", Bool(false))),
+              Section("qorui::ui::UI_InteractiveControlView"), Section("qorui::ui::UI_ControlView"),
+              SubViewSection(), NodeSection("Tint", 110, 4, 30, 18)});
+    return Document(Node("qorui::ui::UI_SubView", {SubViewSection({gain, graph, tint}),
+                                                   NodeSection(rootId, 0, 0, 240, 120)}));
 }
 
 class ArchiveFolder {
@@ -111,6 +118,10 @@ TEST(EditorXMLView, LoadsTheArchiveAndConnectsItsControls) {
     EXPECT_TRUE(content->IsVisible());
     EXPECT_EQ(view->connectCount, 1);
     EXPECT_NE(dynamic_cast<GraphNode*>(content->FindNodeByID("Graph")), nullptr);
+    // The library's own archive classes load without the subclass's help.
+    auto* tint = dynamic_cast<ColorField*>(content->FindNodeByID("Tint"));
+    ASSERT_NE(tint, nullptr);
+    EXPECT_FALSE(tint->GetAllowUserColorChange());
     EXPECT_EQ(view->GetNodeMap().count("Gain"), 1u);
     EXPECT_FALSE(view->CanScrollContent());
 
