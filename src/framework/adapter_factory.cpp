@@ -1,6 +1,9 @@
 #include "framework/adapter_factory.hpp"
 
+#include "adapters/tess_edit_number_adapter.hpp"
+
 #include <cstring>
+#include <new>
 
 namespace qoraudiofiltersui {
 
@@ -14,24 +17,41 @@ constexpr const char* kWidgetNames[] = {
     "wex_curve_editor", "qor_level_meter", "wex_picture_toggle_button",
 };
 
+using AdapterMaker =
+    qormarltess::UI_QORClientWidgetTessAdapter* (*)(const vorlen::dictionary_t& arguments,
+                                                    qorui::UI_Node* parent,
+                                                    const qormarltess::FactoryToken& token);
+
+template <class Adapter>
+qormarltess::UI_QORClientWidgetTessAdapter* Make(const vorlen::dictionary_t& arguments,
+                                                 qorui::UI_Node* parent,
+                                                 const qormarltess::FactoryToken& token) {
+    // A failed allocation gives no widget; argument errors pass out to the script reader.
+    return new (std::nothrow) Adapter(arguments, parent, token);
+}
+
+struct OwnWidget {
+    const char* name;
+    AdapterMaker make;
+};
+
 // The order in which the factory tries the names: differs from the list above by design.
-constexpr const char* kDispatchOrder[] = {
-    "wex_edit_number",   "wex_curve_editor",          "qor_level_meter",
-    "wex_comp_exp_list", "wex_picture_toggle_button", "wex_color_view",
+constexpr OwnWidget kDispatchOrder[] = {
+    {"wex_edit_number", &Make<TessEditNumberAdapter>},
+    {"wex_curve_editor", nullptr},
+    {"qor_level_meter", nullptr},
+    {"wex_comp_exp_list", nullptr},
+    {"wex_picture_toggle_button", nullptr},
+    {"wex_color_view", nullptr},
 };
 
 qormarltess::UI_QORClientWidgetTessAdapter* MakeAdapter(const vorlen::name_t& widget,
                                                         const vorlen::dictionary_t& arguments,
                                                         qorui::UI_Node* parent,
                                                         const qormarltess::FactoryToken& token) {
-    for (const char* own : kDispatchOrder) {
-        if (std::strcmp(widget.c_str(), own) == 0) {
-            // The adapters of these widgets are built with their controls (edit number, curve
-            // editor, level meter, compressor list, picture toggle, colour view); until each
-            // exists, a layout that uses it gets no widget there.
-            return nullptr;
-        }
-    }
+    for (const OwnWidget& own : kDispatchOrder)
+        if (std::strcmp(widget.c_str(), own.name) == 0)
+            return own.make ? own.make(arguments, parent, token) : nullptr;
     if (!clientAdapterFactoryProc)
         return nullptr;
     // An empty function in the hook raises std::bad_function_call, as it should.

@@ -1,0 +1,101 @@
+#include "adapters/adapter_arguments.hpp"
+
+#include "platform/tess/assemblage.hpp"
+
+#include <utility>
+
+namespace qoraudiofiltersui::adapter_arguments {
+
+using vorlen::any_regular_t;
+using vorlen::array_t;
+using vorlen::dictionary_t;
+using vorlen::name_t;
+
+bool Read(const dictionary_t& arguments, name_t key, double& variable) {
+    return vorlen::get_value(arguments, key, variable);
+}
+
+bool Read(const dictionary_t& arguments, name_t key, float& variable) {
+    double number = variable;
+    if (!vorlen::get_value(arguments, key, number))
+        return false;
+    variable = float(number);
+    return true;
+}
+
+bool Read(const dictionary_t& arguments, name_t key, int& variable) {
+    double number = variable;
+    if (!vorlen::get_value(arguments, key, number))
+        return false;
+    variable = int(number);
+    return true;
+}
+
+bool Read(const dictionary_t& arguments, name_t key, bool& variable) {
+    return vorlen::get_value(arguments, key, variable);
+}
+
+bool Read(const dictionary_t& arguments, name_t key, name_t& variable) {
+    return vorlen::get_value(arguments, key, variable);
+}
+
+bool Read(const dictionary_t& arguments, name_t key, array_t& variable) {
+    return vorlen::get_value(arguments, key, variable);
+}
+
+bool Read(const dictionary_t& arguments, name_t key, dictionary_t& variable) {
+    return vorlen::get_value(arguments, key, variable);
+}
+
+bool ReadText(const dictionary_t& arguments, name_t key, std::string& variable) {
+    std::string text;
+    if (!vorlen::get_value(arguments, key, text))
+        return false;
+    variable = qormarltess::LocalizeString(text);
+    return true;
+}
+
+name_t ReadCell(const dictionary_t& arguments, name_t key) {
+    name_t cell;
+    vorlen::get_value(arguments, key, cell);
+    return cell;
+}
+
+std::vector<char> ToFlags(const any_regular_t& value) {
+    std::vector<char> flags;
+    for (const any_regular_t& flag : value.cast<array_t>())
+        flags.push_back(flag.cast<bool>() ? 1 : 0);
+    return flags;
+}
+
+qorcore::ColorRGBA ToColor(const dictionary_t& color) {
+    qorcore::ColorRGBA result{0.0f, 0.0f, 0.0f, 1.0f};
+    Read(color, name_t("r"), result.red);
+    Read(color, name_t("g"), result.green);
+    Read(color, name_t("b"), result.blue);
+    return result;
+}
+
+void WithDictionary(const dictionary_t& arguments, name_t key,
+                    const qormarltess::FactoryToken& token,
+                    std::function<void(const dictionary_t&)> apply) {
+    const auto found = arguments.find(key);
+    if (found == arguments.end())
+        return;
+    if (found->second.is<name_t>()) {
+        token.GetAssemblage().BindView(found->second.cast<name_t>(),
+                                       [apply = std::move(apply)](const any_regular_t& value) {
+                                           apply(value.cast<dictionary_t>());
+                                       });
+        return;
+    }
+    apply(found->second.cast<dictionary_t>());
+}
+
+void BindEnabled(const qormarltess::FactoryToken& token, name_t cell,
+                 std::function<void(bool)> view) {
+    if (cell)
+        token.GetAssemblage().BindEnabled(cell, std::move(view));
+}
+
+} // namespace qoraudiofiltersui::adapter_arguments

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "core/any_regular.hpp"
+#include "platform/core/color_rgba.hpp"
+#include "platform/tess/factory_token.hpp"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace qormarltess {
+class Assemblage;
+}
+
+/// How the adapters of this library read the arguments of their widget: one typed reader for
+/// every argument, so that they all fail alike. A key that is absent leaves the variable at its
+/// default; a value of another type raises `vorlen::bad_cast`.
+namespace qoraudiofiltersui::adapter_arguments {
+
+/// Numbers of the engine are doubles; these narrow them for the controls.
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, double& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, float& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, int& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, bool& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, vorlen::name_t& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, vorlen::array_t& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key,
+          vorlen::dictionary_t& variable);
+/// A text, through the localiser, so that "$$$/path/Key=Default" shows as the user's language.
+bool ReadText(const vorlen::dictionary_t& arguments, vorlen::name_t key, std::string& variable);
+
+/// The cell an argument names with `@cell`; the empty name when the key is absent.
+vorlen::name_t ReadCell(const vorlen::dictionary_t& arguments, vorlen::name_t key);
+
+/// An array of booleans, one per point (`visible`, `can_delete`, ...), as the curve editor
+/// takes them.
+std::vector<char> ToFlags(const vorlen::any_regular_t& value);
+/// A dictionary of `r`, `g`, `b` from 0 to 1, opaque.
+qorcore::ColorRGBA ToColor(const vorlen::dictionary_t& color);
+
+/// A dictionary argument given in place, or as the name of a cell whose value is a dictionary.
+/// `apply` runs with the dictionary now and, for a cell, again with every later value. A cell
+/// that no sheet has raises `std::logic_error` "no cell named 'x' to bind".
+void WithDictionary(const vorlen::dictionary_t& arguments, vorlen::name_t key,
+                    const qormarltess::FactoryToken& token,
+                    std::function<void(const vorlen::dictionary_t&)> apply);
+
+/// Whether a control of an input cell should take input: calls `view` now and whenever that
+/// changes. Nothing for an empty name or an output.
+void BindEnabled(const qormarltess::FactoryToken& token, vorlen::name_t cell,
+                 std::function<void(bool)> view);
+
+} // namespace qoraudiofiltersui::adapter_arguments
