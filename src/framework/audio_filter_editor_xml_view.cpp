@@ -1,6 +1,7 @@
 #include "framework/audio_filter_editor_xml_view.hpp"
 
 #include "controls/color_field_adapter.hpp"
+#include "controls/edit_number_adapter.hpp"
 #include "framework/image_provider.hpp"
 #include "framework/library.hpp"
 #include "framework/resource_manager.hpp"
@@ -26,6 +27,7 @@ AudioFilterEditorXMLView::CreateCustomNode(const std::string&) const {
 void AudioFilterEditorXMLView::Init() {
     // The library's own archive classes must be known before its first archive is read.
     GetColorFieldAdapter();
+    RegisterEditNumberAdapters();
     // Bound to this view so that the subclass's override answers during the load.
     const qorui::UI_NodeBuilder::CustomNodeFunction customNode = [this](const std::string& name) {
         return CreateCustomNode(name);

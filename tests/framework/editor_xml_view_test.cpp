@@ -2,6 +2,7 @@
 // controls, the library's own archive classes, sizes, the ".V7" archive under the newer look and
 // the archived tool tips.
 #include "controls/color_field.hpp"
+#include "controls/edit_number.hpp"
 #include "framework/audio_filter_editor_xml_view.hpp"
 #include "framework/resource_manager.hpp"
 #include "platform/host/parameter_store_filter.hpp"
@@ -44,7 +45,15 @@ std::string EditorArchive(const std::string& rootId) {
              {Section("qoraudiofiltersui::ColorField", Pair("allowUserColorChange", Bool(false))),
               Section("qorui::ui::UI_InteractiveControlView"), Section("qorui::ui::UI_ControlView"),
               SubViewSection(), NodeSection("Tint", 110, 4, 30, 18)});
-    return Document(Node("qorui::ui::UI_SubView", {SubViewSection({gain, graph, tint}),
+    const std::string semitones =
+        Node("qoraudiofiltersui::EditNumber_Horizontal",
+             {Section("qoraudiofiltersui::EditNumber_Horizontal"),
+              Section("qoraudiofiltersui::EditNumber", Pair("maxValue", Double("12")) +
+                                                           Pair("minValue", Double("-12")) +
+                                                           Pair("label", UStr("Semitones:"))),
+              Section("qorui::ui::UI_InteractiveControlView"), Section("qorui::ui::UI_ControlView"),
+              SubViewSection(), NodeSection("Semitones", 110, 60, 120, 20)});
+    return Document(Node("qorui::ui::UI_SubView", {SubViewSection({gain, graph, tint, semitones}),
                                                    NodeSection(rootId, 0, 0, 240, 120)}));
 }
 
@@ -122,6 +131,10 @@ TEST(EditorXMLView, LoadsTheArchiveAndConnectsItsControls) {
     auto* tint = dynamic_cast<ColorField*>(content->FindNodeByID("Tint"));
     ASSERT_NE(tint, nullptr);
     EXPECT_FALSE(tint->GetAllowUserColorChange());
+    auto* semitones = dynamic_cast<EditNumber*>(content->FindNodeByID("Semitones"));
+    ASSERT_NE(semitones, nullptr);
+    EXPECT_DOUBLE_EQ(semitones->GetMinValue(), -12.0);
+    EXPECT_DOUBLE_EQ(semitones->GetMaxValue(), 12.0);
     EXPECT_EQ(view->GetNodeMap().count("Gain"), 1u);
     EXPECT_FALSE(view->CanScrollContent());
 
