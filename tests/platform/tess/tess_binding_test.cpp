@@ -310,3 +310,27 @@ TEST(TessBinding, InsertedLayoutsKeepTheirOwnCellsAndUniqueIdentifiers) {
 }
 
 } // namespace
+
+namespace {
+
+TEST(TessBinding, ControlsAreEnabledWhileTheirCellCounts) {
+    TessScene scene(R"(sheet E {
+interface:
+    use_gain: true;
+    gain: 0;
+output:
+    result <== use_gain ? gain : 0;
+})",
+                    R"(layout E { view subview() {
+    checkbox(identifier: 'Use', bind: @use_gain);
+    knob(identifier: 'Gain', bind: @gain, value_range: [-10, 10]);
+} })");
+    EXPECT_TRUE(scene.Control("Gain").IsEnabled());
+    scene.Click("Use");
+    EXPECT_EQ(scene.Get("use_gain"), any_regular_t(false));
+    EXPECT_FALSE(scene.Control("Gain").IsEnabled()) << "the result no longer reads the gain";
+    scene.Set("use_gain", any_regular_t(true));
+    EXPECT_TRUE(scene.Control("Gain").IsEnabled());
+}
+
+} // namespace
