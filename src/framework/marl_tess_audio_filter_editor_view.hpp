@@ -159,6 +159,15 @@ private:
     void WriteStandardCells();
     bool IsPointerPressed() const;
     IntrusivePtr<qorui::UI_Node> FindControl(const char* identifier) const;
+    /// The two directions every Hookup registers: the control's notification to `onChange`
+    /// (interactive or not, by the message it takes) and a parameter observer to
+    /// `onParameter`. Raises the null-pointer exception when the control is missing or of
+    /// another class.
+    template <typename Control, typename Message>
+    IntrusivePtr<Control> ConnectControl(
+        const char* identifier, const char* className, int index,
+        void (MarlTessAudioFilterEditorView::*onChange)(const Message&, IntrusivePtr<Control>, int),
+        void (MarlTessAudioFilterEditorView::*onParameter)(int, IntrusivePtr<Control>));
     std::shared_ptr<qoraudiofilterhost::AudioFilterParameterInfo> GetInfo(int index) const;
 
     std::list<std::shared_ptr<std::function<void()>>> onThemeChanged_;

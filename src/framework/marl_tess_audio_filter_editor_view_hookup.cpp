@@ -22,6 +22,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <type_traits>
 
 namespace qoraudiofiltersui {
 
@@ -31,14 +32,6 @@ using qorui::UI_ControlChangedMessage;
 using qorui::UI_InteractiveControlChangedMessage;
 using vorlen::any_regular_t;
 using vorlen::name_t;
-
-template <typename Control>
-IntrusivePtr<Control> AsControl(const IntrusivePtr<qorui::UI_Node>& node, const char* className) {
-    auto* control = dynamic_cast<Control*>(node.get());
-    if (!control)
-        qorcore::config::DoThrowNullPtrException(className);
-    return IntrusivePtr<Control>(control);
-}
 
 /// Popups and radio groups hold an item index: the parameter's plain value.
 double ItemFromParameter(float p, float plainOfOne) {
@@ -52,6 +45,28 @@ MarlTessAudioFilterEditorView::FindControl(const char* identifier) const {
     if (!root_)
         qorcore::config::DoThrowNullPtrException("UI_QORTessRoot");
     return root_->GetTessViewHolder().GetControl(identifier ? identifier : "");
+}
+
+template <typename Control, typename Message>
+IntrusivePtr<Control> MarlTessAudioFilterEditorView::ConnectControl(
+    const char* identifier, const char* className, int index,
+    void (MarlTessAudioFilterEditorView::*onChange)(const Message&, IntrusivePtr<Control>, int),
+    void (MarlTessAudioFilterEditorView::*onParameter)(int, IntrusivePtr<Control>)) {
+    auto* raw = dynamic_cast<Control*>(FindControl(identifier).get());
+    if (!raw)
+        qorcore::config::DoThrowNullPtrException(className);
+    // The control's notification holds a raw back reference: a control never outlives its view.
+    auto changed = [this, raw, index, onChange](const Message& message) {
+        (this->*onChange)(message, IntrusivePtr<Control>(raw), index);
+    };
+    if constexpr (std::is_same_v<Message, UI_InteractiveControlChangedMessage>)
+        raw->NotifyWhenChangedInteractively(changed);
+    else
+        raw->NotifyWhenChanged(changed);
+    AddParameterObserver(index, [this, raw, index, onParameter] {
+        (this->*onParameter)(index, IntrusivePtr<Control>(raw));
+    });
+    return IntrusivePtr<Control>(raw);
 }
 
 std::shared_ptr<qoraudiofilterhost::AudioFilterParameterInfo>
@@ -86,15 +101,10 @@ void MarlTessAudioFilterEditorView::SendInteractiveChange(int changeMessage, int
 
 IntrusivePtr<EditNumber> MarlTessAudioFilterEditorView::HookupEditNumber(const char* identifier,
                                                                          int index) {
-    auto control = AsControl<EditNumber>(FindControl(identifier), "EditNumber");
-    EditNumber* raw = control.get();
-    control->NotifyWhenChangedInteractively(
-        [this, raw, index](const UI_InteractiveControlChangedMessage& message) {
-            OnEditNumberInteractiveChange(message, IntrusivePtr<EditNumber>(raw), index);
-        });
-    AddParameterObserver(index, [this, raw, index] {
-        OnEditNumberParameterChanged(index, IntrusivePtr<EditNumber>(raw));
-    });
+    auto control = ConnectControl<EditNumber, UI_InteractiveControlChangedMessage>(
+        identifier, "EditNumber", index,
+        &MarlTessAudioFilterEditorView::OnEditNumberInteractiveChange,
+        &MarlTessAudioFilterEditorView::OnEditNumberParameterChanged);
     if (const auto info = GetInfo(index))
         control->SetMinMaxValue(info->PlainFromNormalised(0.0f), info->PlainFromNormalised(1.0f),
                                 info->PlainFromNormalised(GetFilter()->GetParameterValue(index)));
@@ -126,15 +136,9 @@ void MarlTessAudioFilterEditorView::UpdateEditNumber(IntrusivePtr<EditNumber> co
 
 IntrusivePtr<qorui::UI_Slider> MarlTessAudioFilterEditorView::HookupSlider(const char* identifier,
                                                                            int index) {
-    auto control = AsControl<qorui::UI_Slider>(FindControl(identifier), "UI_Slider");
-    qorui::UI_Slider* raw = control.get();
-    control->NotifyWhenChangedInteractively(
-        [this, raw, index](const UI_InteractiveControlChangedMessage& message) {
-            OnSliderInteractiveChange(message, IntrusivePtr<qorui::UI_Slider>(raw), index);
-        });
-    AddParameterObserver(index, [this, raw, index] {
-        OnSliderParameterChanged(index, IntrusivePtr<qorui::UI_Slider>(raw));
-    });
+    auto control = ConnectControl<qorui::UI_Slider, UI_InteractiveControlChangedMessage>(
+        identifier, "UI_Slider", index, &MarlTessAudioFilterEditorView::OnSliderInteractiveChange,
+        &MarlTessAudioFilterEditorView::OnSliderParameterChanged);
     UpdateSlider(control, index);
     return control;
 }
@@ -170,14 +174,9 @@ void MarlTessAudioFilterEditorView::UpdateSlider(IntrusivePtr<qorui::UI_Slider> 
 
 IntrusivePtr<qorui::UI_Checkbox>
 MarlTessAudioFilterEditorView::HookupCheckbox(const char* identifier, int index) {
-    auto control = AsControl<qorui::UI_Checkbox>(FindControl(identifier), "UI_Checkbox");
-    qorui::UI_Checkbox* raw = control.get();
-    control->NotifyWhenChanged([this, raw, index](const UI_ControlChangedMessage& message) {
-        OnCheckboxChanged(message, IntrusivePtr<qorui::UI_Checkbox>(raw), index);
-    });
-    AddParameterObserver(index, [this, raw, index] {
-        OnCheckboxParameterChanged(index, IntrusivePtr<qorui::UI_Checkbox>(raw));
-    });
+    auto control = ConnectControl<qorui::UI_Checkbox, UI_ControlChangedMessage>(
+        identifier, "UI_Checkbox", index, &MarlTessAudioFilterEditorView::OnCheckboxChanged,
+        &MarlTessAudioFilterEditorView::OnCheckboxParameterChanged);
     UpdateCheckbox(control, index);
     return control;
 }
@@ -200,14 +199,9 @@ void MarlTessAudioFilterEditorView::UpdateCheckbox(IntrusivePtr<qorui::UI_Checkb
 
 IntrusivePtr<qorui::UI_Button> MarlTessAudioFilterEditorView::HookupButton(const char* identifier,
                                                                            int index) {
-    auto control = AsControl<qorui::UI_Button>(FindControl(identifier), "UI_Button");
-    qorui::UI_Button* raw = control.get();
-    control->NotifyWhenChanged([this, raw, index](const UI_ControlChangedMessage& message) {
-        OnButtonChanged(message, IntrusivePtr<qorui::UI_Button>(raw), index);
-    });
-    AddParameterObserver(index, [this, raw, index] {
-        OnButtonParameterChanged(index, IntrusivePtr<qorui::UI_Button>(raw));
-    });
+    auto control = ConnectControl<qorui::UI_Button, UI_ControlChangedMessage>(
+        identifier, "UI_Button", index, &MarlTessAudioFilterEditorView::OnButtonChanged,
+        &MarlTessAudioFilterEditorView::OnButtonParameterChanged);
     if (qorui::skins::IsRunningV7OrBeyond())
         control->GetComponents().SetVariant(0);
     UpdateButton(control, index);
@@ -234,14 +228,9 @@ void MarlTessAudioFilterEditorView::UpdateButton(IntrusivePtr<qorui::UI_Button> 
 
 IntrusivePtr<qorui::UI_RadioGroup>
 MarlTessAudioFilterEditorView::HookupRadioGroup(const char* identifier, int index) {
-    auto control = AsControl<qorui::UI_RadioGroup>(FindControl(identifier), "UI_RadioGroup");
-    qorui::UI_RadioGroup* raw = control.get();
-    control->NotifyWhenChanged([this, raw, index](const UI_ControlChangedMessage& message) {
-        OnRadioGroupChanged(message, IntrusivePtr<qorui::UI_RadioGroup>(raw), index);
-    });
-    AddParameterObserver(index, [this, raw, index] {
-        OnRadioGroupParameterChanged(index, IntrusivePtr<qorui::UI_RadioGroup>(raw));
-    });
+    auto control = ConnectControl<qorui::UI_RadioGroup, UI_ControlChangedMessage>(
+        identifier, "UI_RadioGroup", index, &MarlTessAudioFilterEditorView::OnRadioGroupChanged,
+        &MarlTessAudioFilterEditorView::OnRadioGroupParameterChanged);
     UpdateRadioGroup(control, index);
     return control;
 }
@@ -271,14 +260,9 @@ void MarlTessAudioFilterEditorView::UpdateRadioGroup(IntrusivePtr<qorui::UI_Radi
 
 IntrusivePtr<qorui::UI_Popup> MarlTessAudioFilterEditorView::HookupPopup(const char* identifier,
                                                                          int index) {
-    auto control = AsControl<qorui::UI_Popup>(FindControl(identifier), "UI_Popup");
-    qorui::UI_Popup* raw = control.get();
-    control->NotifyWhenChanged([this, raw, index](const UI_ControlChangedMessage& message) {
-        OnPopupChanged(message, IntrusivePtr<qorui::UI_Popup>(raw), index);
-    });
-    AddParameterObserver(index, [this, raw, index] {
-        OnPopupParameterChanged(index, IntrusivePtr<qorui::UI_Popup>(raw));
-    });
+    auto control = ConnectControl<qorui::UI_Popup, UI_ControlChangedMessage>(
+        identifier, "UI_Popup", index, &MarlTessAudioFilterEditorView::OnPopupChanged,
+        &MarlTessAudioFilterEditorView::OnPopupParameterChanged);
     UpdatePopup(control, index);
     return control;
 }
@@ -309,16 +293,10 @@ void MarlTessAudioFilterEditorView::UpdatePopup(IntrusivePtr<qorui::UI_Popup> co
 
 IntrusivePtr<qorui::UI_HotTextNumber>
 MarlTessAudioFilterEditorView::HookupHotTextNumber(const char* identifier, int index) {
-    auto control = AsControl<qorui::UI_HotTextNumber>(FindControl(identifier), "UI_HotTextNumber");
-    qorui::UI_HotTextNumber* raw = control.get();
-    control->NotifyWhenChangedInteractively(
-        [this, raw, index](const UI_InteractiveControlChangedMessage& message) {
-            OnHotTextNumberInteractiveChange(message, IntrusivePtr<qorui::UI_HotTextNumber>(raw),
-                                             index);
-        });
-    AddParameterObserver(index, [this, raw, index] {
-        OnHotTextNumberParameterChanged(index, IntrusivePtr<qorui::UI_HotTextNumber>(raw));
-    });
+    auto control = ConnectControl<qorui::UI_HotTextNumber, UI_InteractiveControlChangedMessage>(
+        identifier, "UI_HotTextNumber", index,
+        &MarlTessAudioFilterEditorView::OnHotTextNumberInteractiveChange,
+        &MarlTessAudioFilterEditorView::OnHotTextNumberParameterChanged);
     if (const auto info = GetInfo(index)) {
         control->SetMinValue(info->PlainFromNormalised(0.0f));
         control->SetMaxValue(info->PlainFromNormalised(1.0f));
@@ -352,15 +330,9 @@ void MarlTessAudioFilterEditorView::UpdateHotTextNumber(
 
 IntrusivePtr<qorui::UI_Knob> MarlTessAudioFilterEditorView::HookupKnob(const char* identifier,
                                                                        int index) {
-    auto control = AsControl<qorui::UI_Knob>(FindControl(identifier), "UI_Knob");
-    qorui::UI_Knob* raw = control.get();
-    control->NotifyWhenChangedInteractively(
-        [this, raw, index](const UI_InteractiveControlChangedMessage& message) {
-            OnKnobInteractiveChange(message, IntrusivePtr<qorui::UI_Knob>(raw), index);
-        });
-    AddParameterObserver(index, [this, raw, index] {
-        OnKnobParameterChanged(index, IntrusivePtr<qorui::UI_Knob>(raw));
-    });
+    auto control = ConnectControl<qorui::UI_Knob, UI_InteractiveControlChangedMessage>(
+        identifier, "UI_Knob", index, &MarlTessAudioFilterEditorView::OnKnobInteractiveChange,
+        &MarlTessAudioFilterEditorView::OnKnobParameterChanged);
     UpdateKnob(control, index);
     return control;
 }
