@@ -136,10 +136,12 @@ TessEditNumberAdapter::TessEditNumberAdapter(const dictionary_t& arguments, qoru
         control_->SetEnabledTooltip(text);
         control_->SetToolTip(text);
     }
-    control_->NotifyWhenChangedInteractively(
+    // Held by the assemblage, so that the control, which may outlive this adapter in its tree,
+    // stops calling it when the view's bindings end.
+    token.GetAssemblage().Hold(control_->ConnectChangedInteractively(
         [this](const qorui::UI_InteractiveControlChangedMessage& message) {
             OnChangedInteractively(message);
-        });
+        }));
     AddToParent();
 
     cell_ = ReadCell(arguments, "bind"_name);

@@ -1,5 +1,6 @@
 #include "framework/adapter_factory.hpp"
 
+#include "adapters/tess_curve_editor_adapter.hpp"
 #include "adapters/tess_edit_number_adapter.hpp"
 
 #include <cstring>
@@ -38,7 +39,7 @@ struct OwnWidget {
 // The order in which the factory tries the names: differs from the list above by design.
 constexpr OwnWidget kDispatchOrder[] = {
     {"wex_edit_number", &Make<TessEditNumberAdapter>},
-    {"wex_curve_editor", nullptr},
+    {"wex_curve_editor", &Make<TessCurveEditorAdapter>},
     {"qor_level_meter", nullptr},
     {"wex_comp_exp_list", nullptr},
     {"wex_picture_toggle_button", nullptr},
