@@ -2,6 +2,7 @@
 
 #include "adapters/tess_curve_editor_adapter.hpp"
 #include "adapters/tess_edit_number_adapter.hpp"
+#include "adapters/tess_level_meter_adapter.hpp"
 
 #include <cstring>
 #include <new>
@@ -40,7 +41,7 @@ struct OwnWidget {
 constexpr OwnWidget kDispatchOrder[] = {
     {"wex_edit_number", &Make<TessEditNumberAdapter>},
     {"wex_curve_editor", &Make<TessCurveEditorAdapter>},
-    {"qor_level_meter", nullptr},
+    {"qor_level_meter", &Make<TessLevelMeterAdapter>},
     {"wex_comp_exp_list", nullptr},
     {"wex_picture_toggle_button", nullptr},
     {"wex_color_view", nullptr},
