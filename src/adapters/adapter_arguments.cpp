@@ -2,6 +2,9 @@
 
 #include "platform/tess/assemblage.hpp"
 
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
 #include <utility>
 
 namespace qoraudiofiltersui::adapter_arguments {
@@ -74,6 +77,21 @@ qorcore::ColorRGBA ToColor(const dictionary_t& color) {
     Read(color, name_t("g"), result.green);
     Read(color, name_t("b"), result.blue);
     return result;
+}
+
+std::vector<std::pair<double, double>> ReadCurvePoints(const dictionary_t& cell) {
+    const array_t& pairs = vorlen::get_value(cell, name_t("curve_points")).cast<array_t>();
+    const double active = vorlen::get_value(cell, name_t("num_active_points")).cast<double>();
+    const std::size_t count =
+        std::min(pairs.size(), std::size_t(std::isfinite(active) ? std::max(0.0, active) : 0.0));
+    std::vector<std::pair<double, double>> points;
+    for (std::size_t i = 0; i != count; ++i) {
+        const array_t& pair = pairs[i].cast<array_t>();
+        if (pair.size() != 2)
+            throw std::runtime_error("curve_points: a point is a pair [x, y]");
+        points.emplace_back(pair[0].cast<double>(), pair[1].cast<double>());
+    }
+    return points;
 }
 
 void WithDictionary(const dictionary_t& arguments, name_t key,

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qormarltess {
@@ -37,6 +38,11 @@ vorlen::name_t ReadCell(const vorlen::dictionary_t& arguments, vorlen::name_t ke
 std::vector<char> ToFlags(const vorlen::any_regular_t& value);
 /// A dictionary of `r`, `g`, `b` from 0 to 1, opaque.
 qorcore::ColorRGBA ToColor(const vorlen::dictionary_t& color);
+
+/// The active points of a curve cell, {curve_points: [[x, y], ...], num_active_points: n}: the
+/// first n pairs (all of them when n is larger). A missing key raises `std::out_of_range`
+/// "dictionary_t: key 'curve_points' not found"; a pair of another length `std::runtime_error`.
+std::vector<std::pair<double, double>> ReadCurvePoints(const vorlen::dictionary_t& cell);
 
 /// A dictionary argument given in place, or as the name of a cell whose value is a dictionary.
 /// `apply` runs with the dictionary now and, for a cell, again with every later value. A cell

@@ -190,17 +190,10 @@ void TessCurveEditorAdapter::ApplyPoints(const any_regular_t& value) {
     if (value.is<vorlen::empty_t>())
         return;
     const dictionary_t& cell = value.cast<dictionary_t>();
-    const array_t& pairs = vorlen::get_value(cell, "curve_points"_name).cast<array_t>();
-    const double active = vorlen::get_value(cell, "num_active_points"_name).cast<double>();
-    const std::size_t count =
-        std::min(pairs.size(), std::size_t(std::max(0.0, std::isfinite(active) ? active : 0.0)));
     CurveEditor::CurvePoints points;
-    for (std::size_t i = 0; i != count; ++i) {
-        const array_t& pair = pairs[i].cast<array_t>();
-        if (pair.size() != 2)
-            throw std::runtime_error("curve_points: a point is a pair [x, y]");
-        points.emplace_back(std::uint32_t(i), pair[0].cast<double>(), pair[1].cast<double>());
-    }
+    for (const auto& [horizontal, vertical] : ReadCurvePoints(cell))
+        points.emplace_back(std::uint32_t(points.size()), horizontal, vertical);
+    const array_t& pairs = vorlen::get_value(cell, "curve_points"_name).cast<array_t>();
     const int selected = editor_->GetSelectedNode();
     {
         FlagScope applying(applying_);

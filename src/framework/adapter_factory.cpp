@@ -1,8 +1,11 @@
 #include "framework/adapter_factory.hpp"
 
+#include "adapters/tess_color_view_adapter.hpp"
+#include "adapters/tess_compressor_expander_list_adapter.hpp"
 #include "adapters/tess_curve_editor_adapter.hpp"
 #include "adapters/tess_edit_number_adapter.hpp"
 #include "adapters/tess_level_meter_adapter.hpp"
+#include "adapters/tess_picture_toggle_button_adapter.hpp"
 
 #include <cstring>
 #include <new>
@@ -42,9 +45,9 @@ constexpr OwnWidget kDispatchOrder[] = {
     {"wex_edit_number", &Make<TessEditNumberAdapter>},
     {"wex_curve_editor", &Make<TessCurveEditorAdapter>},
     {"qor_level_meter", &Make<TessLevelMeterAdapter>},
-    {"wex_comp_exp_list", nullptr},
-    {"wex_picture_toggle_button", nullptr},
-    {"wex_color_view", nullptr},
+    {"wex_comp_exp_list", &Make<TessCompressorExpanderListAdapter>},
+    {"wex_picture_toggle_button", &Make<TessPictureToggleButtonAdapter>},
+    {"wex_color_view", &Make<TessColorViewAdapter>},
 };
 
 qormarltess::UI_QORClientWidgetTessAdapter* MakeAdapter(const vorlen::name_t& widget,
@@ -53,7 +56,7 @@ qormarltess::UI_QORClientWidgetTessAdapter* MakeAdapter(const vorlen::name_t& wi
                                                         const qormarltess::FactoryToken& token) {
     for (const OwnWidget& own : kDispatchOrder)
         if (std::strcmp(widget.c_str(), own.name) == 0)
-            return own.make ? own.make(arguments, parent, token) : nullptr;
+            return own.make(arguments, parent, token);
     if (!clientAdapterFactoryProc)
         return nullptr;
     // An empty function in the hook raises std::bad_function_call, as it should.

@@ -7,6 +7,7 @@
 #include "framework/adapter_factory.hpp"
 #include "platform/tess/tess_scene.hpp"
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -14,15 +15,19 @@ namespace adapter_testing {
 
 /// The engine an editor view uses, without the view: the library's factory for client widgets.
 struct LibraryEngine {
-    LibraryEngine() {
+    explicit LibraryEngine(const std::function<void(qormarltess::UI_Tess&)>& setup) {
         engine.SetClientWidgetAdapterFactory(*qoraudiofiltersui::GetLibraryAdapterFactory());
+        if (setup)
+            setup(engine);
     }
     qormarltess::UI_Tess engine{nullptr};
 };
 
 struct AdapterScene : LibraryEngine, qafui_testing::TessScene {
-    AdapterScene(const std::string& sheetText, const std::string& layoutText)
-        : TessScene(sheetText, layoutText, 1.0f, &engine) {}
+    /// `setup` prepares the engine before the layout is read (images, resources).
+    AdapterScene(const std::string& sheetText, const std::string& layoutText,
+                 const std::function<void(qormarltess::UI_Tess&)>& setup = nullptr)
+        : LibraryEngine(setup), TessScene(sheetText, layoutText, 1.0f, &engine) {}
 
     /// The control of an identifier as its class; another class fails the test's expectation.
     template <typename Control>
