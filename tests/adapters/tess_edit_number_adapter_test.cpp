@@ -257,4 +257,18 @@ TEST(TessEditNumberAdapter, TheTypedReaderRaisesBadCast) {
         << "a cell named for a dictionary must hold one";
 }
 
+TEST(TessEditNumberAdapter, AnInputThatCountsForNothingDisablesTheControl) {
+    // `mix` feeds no output of the sheet, `gain` feeds `doubled`.
+    AdapterScene scene(kSheet, Layout(R"(
+        wex_edit_number(identifier: 'Mix', alt_disabled: 'Not now', bind: @mix);
+        wex_edit_number(identifier: 'Gain', alt_disabled: 'Not now', bind: @gain);)"));
+    auto& mix = scene.As<EditNumber>("Mix");
+    EXPECT_TRUE(mix.IsDisabled());
+    EXPECT_EQ(mix.GetToolTipText(), "Not now");
+    EXPECT_FALSE(mix.GetHotTextNumber()->IsEnabled());
+    auto& gain = scene.As<EditNumber>("Gain");
+    EXPECT_FALSE(gain.IsDisabled());
+    EXPECT_TRUE(gain.GetHotTextNumber()->IsEnabled());
+}
+
 } // namespace
