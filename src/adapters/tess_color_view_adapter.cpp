@@ -20,7 +20,7 @@ TessColorViewAdapter::TessColorViewAdapter(const dictionary_t& arguments, qorui:
     view_ = qorcore::MakeIntrusive<ColorView>();
     SetNode(view_);
     std::string identifier;
-    if (ReadText(arguments, "identifier"_name, identifier))
+    if (vorlen::get_value(arguments, "identifier"_name, identifier))
         UI_SetNodeID(identifier);
     dictionary_t color;
     if (Read(arguments, "color"_name, color))

@@ -25,7 +25,7 @@ TessCompressorExpanderListAdapter::TessCompressorExpanderListAdapter(
     list_->SetFrame({0.0f, 0.0f, float(naturalWidth), float(naturalHeight)});
     SetNode(list_);
     std::string identifier;
-    if (ReadText(arguments, "identifier"_name, identifier))
+    if (vorlen::get_value(arguments, "identifier"_name, identifier))
         UI_SetNodeID(identifier);
     AddToParent();
     if (const name_t cell = ReadCell(arguments, "bind"_name))

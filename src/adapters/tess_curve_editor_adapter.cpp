@@ -141,7 +141,7 @@ TessCurveEditorAdapter::TessCurveEditorAdapter(const dictionary_t& arguments,
         editor_->SetHorizontalEditDialogLabel(text);
     if (ReadText(arguments, "vertical_edit_label"_name, text))
         editor_->SetVerticalEditDialogLabel(text);
-    if (ReadText(arguments, "identifier"_name, text))
+    if (vorlen::get_value(arguments, "identifier"_name, text))
         UI_SetNodeID(text);
     AddToParent();
 

@@ -130,7 +130,7 @@ TessEditNumberAdapter::TessEditNumberAdapter(const dictionary_t& arguments, qoru
     if (Read(arguments, "log_step"_name, number))
         control_->SetLogBase(number);
 
-    if (ReadText(arguments, "identifier"_name, text))
+    if (vorlen::get_value(arguments, "identifier"_name, text))
         UI_SetNodeID(text);
     if (ReadText(arguments, "alt"_name, text)) {
         control_->SetEnabledTooltip(text);

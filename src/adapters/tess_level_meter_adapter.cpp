@@ -81,7 +81,7 @@ TessLevelMeterAdapter::TessLevelMeterAdapter(const dictionary_t& arguments, qoru
                                                               height);
     SetNode(meter_);
     std::string text;
-    if (ReadText(arguments, "identifier"_name, text))
+    if (vorlen::get_value(arguments, "identifier"_name, text))
         UI_SetNodeID(text);
 
     qorui::LevelMeterSettings settings = meter_->GetSettings();

@@ -52,7 +52,7 @@ TessPictureToggleButtonAdapter::TessPictureToggleButtonAdapter(
         natural_ = {int(std::ceil(width)), int(std::ceil(height))};
     }
     std::string identifier;
-    if (ReadText(arguments, "identifier"_name, identifier))
+    if (vorlen::get_value(arguments, "identifier"_name, identifier))
         UI_SetNodeID(identifier);
     AddToParent();
 
