@@ -137,9 +137,11 @@ void UI_Tess::Build(const vorlen::widget_description_t& widget, UI_TessViewHolde
         if (widget.name != name_t("layout_script"_name) &&
             vorlen::get_value(widget.arguments, "identifier"_name, identifier))
             adapter->UI_SetNodeID(identifier);
-        // `alt` is the widget's tool tip, localised like its `name`.
+        // `alt` is a built-in widget's tool tip, localised like its `name`; client adapters
+        // read it themselves (an edit number keeps a tip for its disabled state too).
         std::string alt;
-        if (vorlen::get_value(widget.arguments, "alt"_name, alt) && adapter->GetControlNode())
+        if (!dynamic_cast<UI_QORClientWidgetTessAdapter*>(adapter.get()) &&
+            vorlen::get_value(widget.arguments, "alt"_name, alt) && adapter->GetControlNode())
             adapter->GetControlNode()->UI_SetToolTip(LocalizeString(alt));
         adapter->AddToParent();
     } catch (const vorlen::stream_error_t&) {
