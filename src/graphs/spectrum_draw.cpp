@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <utility>
 
 namespace qoraudiofiltersui {
 
@@ -27,6 +29,89 @@ float LevelOfAmplitude(float amplitude) {
 long RoundColumn(float pixel) {
     return static_cast<long>(pixel >= 0.0f ? pixel + 0.5f : pixel - 0.5f);
 }
+
+/// The device columns from `first` to `last`, cut to the `columns` there are; empty when the
+/// range lies outside.
+std::pair<std::size_t, std::size_t> ColumnRange(float first, float last, std::size_t columns) {
+    first = std::max(first, 0.0f);
+    last = std::min(last, static_cast<float>(columns) - 1.0f);
+    if (!(first <= last)) // NaN included
+        return {1, 0};
+    return {static_cast<std::size_t>(first), static_cast<std::size_t>(last)};
+}
+
+/// Writes closed outlines into a penrig's path from device-pixel points, leaving out points that
+/// lie within a tolerance, vertically, of the line between the points kept around them: runs of
+/// columns along a straight segment become one edge. The first point is an anchor; a candidate
+/// is taken as long as every point passed over stays within the tolerance of the line from the
+/// anchor to it.
+class OutlineWriter {
+public:
+    OutlineWriter(qorui::penrig::Penrig& penrig, float x, float y, float scale, float tolerance)
+        : penrig_(penrig), x_(x), y_(y), scale_(scale), tolerance_(tolerance) {}
+
+    void Begin(float x, float y) {
+        anchor_ = {x, y};
+        has_candidate_ = false;
+        penrig_.MoveTo(x_ + x / scale_, y_ + y / scale_);
+    }
+
+    void Add(float x, float y) {
+        if (has_candidate_) {
+            const float dx = x - anchor_.x;
+            if (dx != 0.0f && (dx > 0.0f) == (candidate_.x > anchor_.x)) {
+                const float slope = (y - anchor_.y) / dx;
+                if (slope >= low_ && slope <= high_) {
+                    Narrow(x, y);
+                    return;
+                }
+            }
+            Emit(candidate_);
+            anchor_ = candidate_;
+            has_candidate_ = false;
+        }
+        if (x == anchor_.x) { // an upright step is always kept
+            Emit({x, y});
+            anchor_ = {x, y};
+            return;
+        }
+        low_ = -std::numeric_limits<float>::infinity();
+        high_ = std::numeric_limits<float>::infinity();
+        has_candidate_ = true;
+        Narrow(x, y);
+    }
+
+    void End() {
+        if (has_candidate_)
+            Emit(candidate_);
+        has_candidate_ = false;
+        penrig_.ClosePath();
+    }
+
+private:
+    struct vertex_t {
+        float x;
+        float y;
+    };
+    void Narrow(float x, float y) {
+        const float dx = x - anchor_.x;
+        const float a = (y - tolerance_ - anchor_.y) / dx;
+        const float b = (y + tolerance_ - anchor_.y) / dx;
+        low_ = std::max(low_, std::min(a, b));
+        high_ = std::min(high_, std::max(a, b));
+        candidate_ = {x, y};
+    }
+
+    void Emit(const vertex_t& v) { penrig_.LineTo(x_ + v.x / scale_, y_ + v.y / scale_); }
+
+    qorui::penrig::Penrig& penrig_;
+    float x_, y_, scale_, tolerance_;
+    vertex_t anchor_{0.0f, 0.0f};
+    vertex_t candidate_{0.0f, 0.0f};
+    bool has_candidate_ = false;
+    float low_ = 0.0f;
+    float high_ = 0.0f;
+};
 
 } // namespace
 
@@ -256,6 +341,13 @@ void SpectrumDraw::Draw(qorui::penrig::Penrig* penrig) {
     if (line_pixels_.empty())
         return;
     if (band_mode_ == kLinearLines) {
+        // The fill and the curve below share one walk of the lines.
+        struct FrameScope {
+            bool& in_frame;
+            ~FrameScope() { in_frame = false; }
+        } scope{in_frame_};
+        in_frame_ = true;
+        frame_walked_ = false;
         if (fill_)
             FillLinear(penrig, elapsed, spectrum_data_, line_count_, GetLinearColor());
         DrawLinear(penrig, elapsed, spectrum_data_, line_count_, GetLinearColor(),
@@ -265,21 +357,24 @@ void SpectrumDraw::Draw(qorui::penrig::Penrig* penrig) {
     }
 }
 
-std::vector<SpectrumDraw::point_t>& SpectrumDraw::WalkLinear(const std::vector<float>& data,
-                                                             std::uint64_t line_count,
-                                                             double elapsed, bool peaks) {
+const std::vector<SpectrumDraw::point_t>& SpectrumDraw::CurveOfFrame(const std::vector<float>& data,
+                                                                     std::uint64_t line_count) {
+    if (!(in_frame_ && frame_walked_ && walked_data_ == &data &&
+          walked_line_count_ == line_count)) {
+        WalkLinear(data, line_count);
+        frame_walked_ = in_frame_;
+        walked_data_ = &data;
+        walked_line_count_ = line_count;
+    }
+    return curve_points_;
+}
+
+void SpectrumDraw::WalkLinear(const std::vector<float>& data, std::uint64_t line_count) {
     curve_points_.clear();
-    peak_curve_points_.clear();
     const float w = std::floor(bounds_.width);
     const std::size_t count = std::min<std::size_t>({line_count, line_pixels_.size(), data.size()});
     const auto add = [&](std::size_t column, float x, float amplitude) {
-        const float y = dBToPixels(LevelOfAmplitude(amplitude), true);
-        curve_points_.push_back({x, y});
-        if (peaks) {
-            ApplyPeakRule(column, y, elapsed);
-            if (column < peak_pixels_.size())
-                peak_curve_points_.push_back({x, peak_pixels_[column]});
-        }
+        curve_points_.push_back({x, dBToPixels(LevelOfAmplitude(amplitude), true), column});
     };
 
     // Sparse region: a point per line, until lines start sharing columns.
@@ -314,7 +409,210 @@ std::vector<SpectrumDraw::point_t>& SpectrumDraw::WalkLinear(const std::vector<f
         add(column, static_cast<float>(column), loudest);
         i = end;
     }
-    return curve_points_;
+}
+
+// Spans ---------------------------------------------------------------------------------------
+//
+// Traces and fills are not stroked segment by segment: a crowded spectrum has a steep segment in
+// every column, and the rasteriser's cost grows with segments times the rows they cross. Each
+// device column gets instead the span a one-pixel pen would cover there, and runs of columns are
+// filled as outlines through the column centres. A pixel value p is the centre of device pixel
+// p * scale, so positions go to device pixels as p * scale + 0.5 and the columns are whole device
+// pixels: lines are crisp at every scale. Spans are filled without antialiasing, each covering
+// the rows whose centres it holds, except the thin spans of long flat segments, whose steps
+// would show.
+
+std::size_t SpectrumDraw::ResetSpans() {
+    const float columns = std::floor(bounds_.width) * scale_factor_;
+    const std::size_t n = columns >= 1.0f ? static_cast<std::size_t>(columns) : 0;
+    if (spans_.size() < n)
+        spans_.resize(n);
+    std::fill_n(spans_.begin(), n,
+                span_t{std::numeric_limits<float>::infinity(),
+                       -std::numeric_limits<float>::infinity(), true});
+    return n;
+}
+
+std::size_t SpectrumDraw::TraceSpans(const std::vector<point_t>& points) {
+    const std::size_t columns = ResetSpans();
+    const float s = scale_factor_;
+    const float floor_row = std::floor(bounds_.height) - 1.0f;
+    for (std::size_t k = 1; k < points.size() && columns != 0; ++k) {
+        const point_t& from = points[k - 1];
+        const point_t& to = points[k];
+        if (!(from.y < floor_row || to.y < floor_row))
+            continue; // no line runs along the floor
+        float x0 = from.x * s + 0.5f, y0 = from.y * s + 0.5f;
+        float x1 = to.x * s + 0.5f, y1 = to.y * s + 0.5f;
+        if (x1 < x0) {
+            std::swap(x0, x1);
+            std::swap(y0, y1);
+        }
+        const float dx = x1 - x0;
+        const bool upright = !(dx > 0.0f);
+        const float slope = upright ? 0.0f : (y1 - y0) / dx;
+        // What a one-pixel pen adds above and below the segment's own rise within a column,
+        // so that the column holds as much ink as the stroke would: half a pixel when flat,
+        // nothing when upright.
+        const float rise = std::fabs(slope);
+        const float half = upright ? 0.0f : 0.5f / (std::sqrt(1.0f + rise * rise) + rise);
+        // A segment longer than two pixels is antialiased where it is flat, or its steps would
+        // show; shorter ones, the crowded region's included, stay crisp.
+        const bool line = std::fabs(to.x - from.x) > 2.0f;
+        const auto [first, last] =
+            ColumnRange(std::floor(x0), upright ? std::floor(x0) : std::ceil(x1) - 1.0f, columns);
+        for (std::size_t c = first; c <= last; ++c) {
+            const float left = static_cast<float>(c);
+            const float ya = upright ? y0 : y0 + (std::max(x0, left) - x0) * slope;
+            const float yb = upright ? y1 : y0 + (std::min(x1, left + 1.0f) - x0) * slope;
+            span_t& span = spans_[c];
+            span.top = std::min(span.top, std::min(ya, yb) - half);
+            span.bottom = std::max(span.bottom, std::max(ya, yb) + half);
+            span.smooth = span.smooth && line;
+        }
+    }
+    return columns;
+}
+
+std::size_t SpectrumDraw::AreaSpans(const std::vector<point_t>& points) {
+    const std::size_t columns = ResetSpans();
+    const float s = scale_factor_;
+    const float bottom = std::floor(bounds_.height) * s;
+    // Each column is filled up to the curve at its centre: for a straight piece that is the
+    // column's exact share of the area under it.
+    for (std::size_t k = 1; k < points.size() && columns != 0; ++k) {
+        float x0 = points[k - 1].x * s + 0.5f, y0 = points[k - 1].y * s + 0.5f;
+        float x1 = points[k].x * s + 0.5f, y1 = points[k].y * s + 0.5f;
+        if (x1 < x0) {
+            std::swap(x0, x1);
+            std::swap(y0, y1);
+        }
+        const float dx = x1 - x0;
+        const auto [first, last] =
+            ColumnRange(std::ceil(x0 - 0.5f), std::floor(x1 - 0.5f), columns);
+        for (std::size_t c = first; c <= last; ++c) {
+            const float centre = static_cast<float>(c) + 0.5f;
+            const float y = dx > 0.0f ? y0 + (centre - x0) * ((y1 - y0) / dx) : std::min(y0, y1);
+            span_t& span = spans_[c];
+            span.top = std::min(span.top, y);
+            span.bottom = bottom;
+            span.smooth = false;
+        }
+    }
+    return columns;
+}
+
+void SpectrumDraw::FillSpans(qorui::penrig::Penrig* penrig, std::size_t columns,
+                             const ColorRGBA& color, bool area) {
+    // Taller than this, a span's antialiased ends are not worth what they cost the rasteriser.
+    constexpr float thin_span = 2.0f;
+    const float s = scale_factor_;
+    const float height = bounds_.height * s;
+    for (std::size_t c = 0; c != columns; ++c) {
+        span_t& span = spans_[c];
+        span.top = std::max(span.top, 0.0f);
+        span.bottom = std::min(span.bottom, height);
+        span.smooth = span.smooth && span.bottom - span.top <= thin_span;
+        if (!span.smooth) { // a crisp span covers the rows whose centres it holds
+            span.top = std::floor(span.top + 0.5f);
+            span.bottom = std::floor(span.bottom + 0.5f);
+        }
+    }
+    const auto empty = [&](std::size_t c) {
+        return !(spans_[c].top < spans_[c].bottom);
+    };
+    // Filled without antialiasing, the rasteriser closes a gap of one pixel between two shapes
+    // in a row, so a notch one column wide would fill up. Crisp pieces therefore keep their
+    // tops and their bottoms monotonic, which leaves no gap inside a piece, and they are
+    // filled in three turns, which keeps the pieces of a turn two columns apart at least.
+    constexpr int turns = 3;
+    pieces_.clear();
+    int crisp_pieces = 0;
+    for (std::size_t c = 0; c != columns; ++c) {
+        if (empty(c))
+            continue;
+        const std::size_t first = c;
+        const bool smooth = spans_[c].smooth;
+        int top_trend = 0, bottom_trend = 0;
+        const auto keeps = [](int& trend, float step) {
+            const int sign = step > 0.0f ? 1 : step < 0.0f ? -1 : 0;
+            if (sign != 0 && trend != 0 && sign != trend)
+                return false;
+            if (sign != 0)
+                trend = sign;
+            return true;
+        };
+        float deepest = spans_[c].top;
+        while (c + 1 != columns && !empty(c + 1) && spans_[c + 1].smooth == smooth &&
+               spans_[c + 1].top <= spans_[c].bottom && spans_[c + 1].bottom >= spans_[c].top) {
+            if (!smooth) {
+                int top = top_trend, bottom = bottom_trend;
+                if (!keeps(top, spans_[c + 1].top - spans_[c].top) ||
+                    !keeps(bottom, spans_[c + 1].bottom - spans_[c].bottom))
+                    break;
+                top_trend = top;
+                bottom_trend = bottom;
+            }
+            ++c;
+            deepest = std::max(deepest, spans_[c].top);
+        }
+        // Under an area, each row of a piece would be a span of its own: below its deepest top
+        // the piece is solid, and that part goes with the others as plain rectangles.
+        pieces_.push_back(
+            {first, c, smooth ? -1 : crisp_pieces++ % turns, area ? deepest : spans_[c].bottom});
+    }
+
+    qorui::penrig::Penrig::StateSaver saver(*penrig);
+    penrig->SetColor(color);
+    for (int turn = -1; turn != turns; ++turn) {
+        // An antialiased outline may stray 1/32 pixel. A crisp one may stray by less than half a
+        // pixel from the whole-pixel ends of its spans at the column centres, which lights
+        // exactly the same pixels.
+        OutlineWriter outline(*penrig, bounds_.x, bounds_.y, s, turn < 0 ? 1.0f / 32.0f : 0.49f);
+        penrig->NewPath();
+        bool any = false;
+        for (const piece_t& piece : pieces_) {
+            if (piece.turn != turn)
+                continue;
+            if (area && std::all_of(spans_.begin() + static_cast<std::ptrdiff_t>(piece.first),
+                                    spans_.begin() + static_cast<std::ptrdiff_t>(piece.last + 1),
+                                    [&](const span_t& span) { return span.top >= piece.solid; }))
+                continue; // a flat top: all of it is solid
+            const auto left = static_cast<float>(piece.first);
+            const auto right = static_cast<float>(piece.last + 1);
+            // Tops left to right, then bottoms back, each at its column's centre.
+            outline.Begin(left, spans_[piece.first].top);
+            for (std::size_t k = piece.first; k <= piece.last; ++k)
+                outline.Add(static_cast<float>(k) + 0.5f, spans_[k].top);
+            outline.Add(right, spans_[piece.last].top);
+            if (area) {
+                outline.Add(right, piece.solid);
+                outline.Add(left, piece.solid);
+            } else {
+                outline.Add(right, spans_[piece.last].bottom);
+                for (std::size_t k = piece.last + 1; k-- > piece.first;)
+                    outline.Add(static_cast<float>(k) + 0.5f, spans_[k].bottom);
+                outline.Add(left, spans_[piece.first].bottom);
+            }
+            outline.End();
+            any = true;
+        }
+        if (any) {
+            penrig->SetAntialias(turn < 0);
+            penrig->Fill();
+        }
+    }
+    if (area && !pieces_.empty()) {
+        // Rectangles only: the rasteriser takes them as boxes, exactly.
+        penrig->NewPath();
+        for (const piece_t& piece : pieces_)
+            penrig->FormRect(qorcore::RectT<float>(
+                bounds_.x + static_cast<float>(piece.first) / s, bounds_.y + piece.solid / s,
+                static_cast<float>(piece.last + 1 - piece.first) / s,
+                (spans_[piece.first].bottom - piece.solid) / s));
+        penrig->SetAntialias(false);
+        penrig->Fill();
+    }
 }
 
 void SpectrumDraw::DrawLinear(qorui::penrig::Penrig* penrig, double elapsed,
@@ -322,59 +620,23 @@ void SpectrumDraw::DrawLinear(qorui::penrig::Penrig* penrig, double elapsed,
                               const ColorRGBA& color, const ColorRGBA& peak_color) {
     if (line_pixels_.empty() || lines_per_column_.empty())
         return;
-    WalkLinear(data, line_count, elapsed, true);
-    const float floor_row = std::floor(bounds_.height) - 1.0f;
-    // Segments with both ends on the floor are left out: no line runs along the bottom. The
-    // trace is stroked a stretch at a time: one long zig-zag path costs the rasteriser far more
-    // than many short ones, and the joins between stretches are not visible.
-    constexpr int segments_per_stroke = 8;
-    const auto trace = [&](const std::vector<point_t>& points, const ColorRGBA& trace_color) {
-        penrig->SetPen(1.0f / scale_factor_, trace_color);
-        penrig->NewPath();
-        bool pen_at_previous = false;
-        int segments = 0;
-        for (std::size_t k = 1; k < points.size(); ++k) {
-            const point_t& from = points[k - 1];
-            const point_t& to = points[k];
-            if (from.y < floor_row || to.y < floor_row) {
-                if (!pen_at_previous)
-                    penrig->MoveTo(bounds_.x + from.x, bounds_.y + from.y);
-                penrig->LineTo(bounds_.x + to.x, bounds_.y + to.y);
-                pen_at_previous = true;
-                if (++segments == segments_per_stroke) {
-                    penrig->Stroke();
-                    penrig->NewPath();
-                    penrig->MoveTo(bounds_.x + to.x, bounds_.y + to.y);
-                    segments = 0;
-                }
-            } else {
-                pen_at_previous = false;
-            }
-        }
-        penrig->Stroke();
-    };
-    trace(curve_points_, color);
+    const std::vector<point_t>& curve = CurveOfFrame(data, line_count);
+    peak_curve_points_.clear();
+    for (const point_t& point : curve) {
+        ApplyPeakRule(point.column, point.y, elapsed);
+        if (point.column < peak_pixels_.size())
+            peak_curve_points_.push_back({point.x, peak_pixels_[point.column], point.column});
+    }
+    FillSpans(penrig, TraceSpans(curve), color, false);
     if (show_peak_hold_)
-        trace(peak_curve_points_, peak_color);
+        FillSpans(penrig, TraceSpans(peak_curve_points_), peak_color, false);
 }
 
-void SpectrumDraw::FillLinear(qorui::penrig::Penrig* penrig, double elapsed,
-                              const std::vector<float>& data, std::uint64_t line_count,
-                              const ColorRGBA&) {
+void SpectrumDraw::FillLinear(qorui::penrig::Penrig* penrig, double, const std::vector<float>& data,
+                              std::uint64_t line_count, const ColorRGBA&) {
     if (line_pixels_.empty() || lines_per_column_.empty())
         return;
-    const std::vector<point_t>& points = WalkLinear(data, line_count, elapsed, false);
-    if (points.empty())
-        return;
-    const float bottom = bounds_.y + std::floor(bounds_.height);
-    penrig->NewPath();
-    penrig->MoveTo(bounds_.x + points.front().x, bottom);
-    for (const point_t& point : points)
-        penrig->LineTo(bounds_.x + point.x, bounds_.y + point.y);
-    penrig->LineTo(bounds_.x + points.back().x, bottom);
-    penrig->ClosePath();
-    penrig->SetColor(GetLinearColor());
-    penrig->Fill();
+    FillSpans(penrig, AreaSpans(CurveOfFrame(data, line_count)), GetLinearColor(), true);
 }
 
 void SpectrumDraw::DrawBand(qorui::penrig::Penrig* penrig, std::uint32_t mode, double elapsed) {

@@ -20,7 +20,9 @@ namespace qoraudiofiltersui {
 /// Paints a live spectrum into a graph: a curve or filled area for FFT lines, or bars for
 /// third-octave and critical bands, with a peak trace that holds and then falls one pixel per
 /// frame. Which column each line falls in is worked out only when the lines, the frequency view
-/// or the bounds change; a frame then visits each crowded column once.
+/// or the bounds change; a frame then visits each crowded column once. Traces and fills are
+/// painted as one vertical span per device column, what a one-pixel pen covers there, so a
+/// frame costs the same however many lines crowd a column, and lines stay crisp at any scale.
 class SpectrumDraw : public qorcore::RefCountedObject {
 public:
     enum BandMode : std::uint32_t { kLinearLines = 0, kThirdOctaveBands = 1, kCriticalBands = 2 };
@@ -88,14 +90,43 @@ protected:
     void ValidateBufferSizes();
 
 private:
+    /// A point of a trace in the bounds' pixels, and the peak column its level counts for.
     struct point_t {
         float x;
         float y;
+        std::size_t column;
     };
-    /// The curve of one frame: one point per sparse line, then one per crowded column. Applies
-    /// the peak rule when `peaks` is set.
-    std::vector<point_t>& WalkLinear(const std::vector<float>& data, std::uint64_t line_count,
-                                     double elapsed, bool peaks);
+    /// What a trace covers of one device column, in device pixels from the bounds' top, and
+    /// whether it is thin enough to be antialiased.
+    struct span_t {
+        float top;
+        float bottom;
+        bool smooth;
+    };
+    /// Columns filled as one outline: antialiased (turn -1) or crisp in one of three turns.
+    /// Under an area, the piece is solid below `solid`.
+    struct piece_t {
+        std::size_t first;
+        std::size_t last;
+        int turn;
+        float solid;
+    };
+    /// The curve of the lines: one point per sparse line, then one per crowded column. While
+    /// `Draw` runs, the fill and the curve share one walk of the lines.
+    const std::vector<point_t>& CurveOfFrame(const std::vector<float>& data,
+                                             std::uint64_t line_count);
+    void WalkLinear(const std::vector<float>& data, std::uint64_t line_count);
+    /// Spans of a polyline stroked with a one-device-pixel pen, segments lying on the floor left
+    /// out; returns the number of device columns.
+    std::size_t TraceSpans(const std::vector<point_t>& points);
+    /// Spans of the area between a polyline and the bottom of the bounds; returns the number of
+    /// device columns.
+    std::size_t AreaSpans(const std::vector<point_t>& points);
+    /// Fills the spans of the first `columns`: a trace's or, if `area`, an area's.
+    void FillSpans(qorui::penrig::Penrig* penrig, std::size_t columns,
+                   const qorcore::ColorRGBA& color, bool area);
+    /// Empties the spans of the device columns of the bounds and returns their number.
+    std::size_t ResetSpans();
     /// The peak rule of one column or band: a level at or above the peak takes it over; a peak
     /// older than the hold time falls one pixel; otherwise it ages.
     void ApplyPeakRule(std::size_t index, float y, double elapsed);
@@ -121,8 +152,15 @@ private:
     float scale_factor_ = 1.0f;
     qorcore::ColorRGBA custom_color_{0.0f, 0.0f, 0.0f, 1.0f};
     bool use_custom_color_ = false;
-    std::vector<point_t> curve_points_; // reused from frame to frame
+    // Reused from frame to frame.
+    std::vector<point_t> curve_points_;
     std::vector<point_t> peak_curve_points_;
+    std::vector<span_t> spans_;
+    std::vector<piece_t> pieces_;
+    bool in_frame_ = false;     // while Draw runs
+    bool frame_walked_ = false; // the curve points hold this frame's walk
+    const std::vector<float>* walked_data_ = nullptr;
+    std::uint64_t walked_line_count_ = 0;
 };
 
 } // namespace qoraudiofiltersui

@@ -105,6 +105,59 @@ bool AllPixelsAre(const Image& image, const qorcore::ColorRGBA& color) {
     return true;
 }
 
+bool IsColor(const qorcore::ColorRGBA& p, const qorcore::ColorRGBA& color) {
+    return std::fabs(p.red - color.red) <= 0.01f && std::fabs(p.green - color.green) <= 0.01f &&
+           std::fabs(p.blue - color.blue) <= 0.01f;
+}
+
+const qorcore::ColorRGBA background(0.12f, 0.12f, 0.13f, 1.0f);
+
+/// The painted pixels of one device column: the first and last painted rows, how many there
+/// are, and how many of them are exactly `color` rather than a blend with the background.
+struct ColumnPaint {
+    int top = -1;
+    int bottom = -1;
+    int painted = 0;
+    int exact = 0;
+    bool Unbroken() const { return painted == bottom - top + 1; }
+};
+
+ColumnPaint PaintOfColumn(const Image& image, int x, const qorcore::ColorRGBA& color) {
+    ColumnPaint paint;
+    for (int y = 0; y < image.GetPixelHeight(); ++y) {
+        const auto p = image.GetPixel(x, y);
+        if (IsColor(p, background))
+            continue;
+        if (paint.top < 0)
+            paint.top = y;
+        paint.bottom = y;
+        ++paint.painted;
+        paint.exact += IsColor(p, color) ? 1 : 0;
+    }
+    return paint;
+}
+
+/// A painter fed `bins` as FFT lines, with its columns counted, ready for a frame.
+void PrepareLinear(SpectrumDraw& spectrum, const std::vector<float>& bins, float scale,
+                   float width = 400, float height = 160) {
+    const int fft_size = static_cast<int>(bins.size() - 1) * 2;
+    spectrum.SetBounds(RectT<float>(0, 0, width, height), scale);
+    spectrum.SetSpectrumData(fft_size, bins, fft_size / 2, 0, true);
+    Render(spectrum, scale, width, height); // sizes the column buffers
+    spectrum.SetFreqRange(spectrum.GetFreqRange());
+}
+
+/// The first logical column where lines start to share columns.
+std::size_t FirstCrowdedColumn(const SpectrumDraw& spectrum) {
+    const auto& pixels = spectrum.GetLinePixels();
+    const auto& shared = spectrum.GetLinesPerColumn();
+    for (float x : pixels)
+        if (x >= 0.0f && static_cast<std::size_t>(x) < shared.size() &&
+            shared[static_cast<std::size_t>(x)] >= 2)
+            return static_cast<std::size_t>(x);
+    return shared.size();
+}
+
 } // namespace
 
 TEST(SpectrumDraw, LinesFallInColumnsOfTheLogScale) {
@@ -172,7 +225,6 @@ TEST(SpectrumDraw, PeaksHoldThenFallOnePixelPerFrame) {
 }
 
 TEST(SpectrumDraw, SilenceAndEmptyDataDrawNothing) {
-    const qorcore::ColorRGBA background(0.12f, 0.12f, 0.13f, 1.0f);
     SpectrumDraw empty(sample_rate);
     EXPECT_TRUE(AllPixelsAre(*Render(empty, 1.0f), background)) << "no lines, no drawing";
 
@@ -203,6 +255,132 @@ TEST(SpectrumDraw, ContentLayerForwardsBoundsAndDrawing) {
     EXPECT_EQ(spectrum->GetFreqScale()->GetSize(), 600.0f) << "scales work in device pixels";
     EXPECT_EQ(spectrum->GetMagScale()->GetHeight(), 200.0f);
 }
+
+TEST(SpectrumDraw, FilledFramesApplyThePeakRuleOnce) {
+    VirtualClock clock;
+    SpectrumDraw spectrum(sample_rate);
+    spectrum.SetShowPeakHold(true);
+    spectrum.SetFill(true);
+    PrepareLinear(spectrum, std::vector<float>(1025, 0.5f), 1.0f);
+    clock.AdvanceMilliseconds(10);
+    Render(spectrum, 1.0f); // the level sets the peaks
+    spectrum.SetSpectrumData(2048, std::vector<float>(1025, 0.01f), 1024, 0, true);
+    for (int frame = 0; frame < 3; ++frame) {
+        clock.AdvanceMilliseconds(100);
+        Render(spectrum, 1.0f);
+    }
+    // The fill and the curve share the frame's walk: the peaks aged 300 ms, not 600.
+    const std::size_t column = static_cast<std::size_t>(spectrum.GetLinePixels()[100]);
+    EXPECT_DOUBLE_EQ(spectrum.GetPeakAges()[column], 300.0);
+    EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column],
+                    spectrum.dBToPixels(20 * std::log10(0.5f), true));
+}
+
+/// Frames checked column by column, at 1x and 2x.
+class SpectrumDrawColumns : public ::testing::TestWithParam<float> {};
+
+TEST_P(SpectrumDrawColumns, FlatSpectrumIsOneCrispRow) {
+    const float scale = GetParam();
+    SpectrumDraw spectrum(sample_rate);
+    PrepareLinear(spectrum, std::vector<float>(1025, 0.1f), scale);
+    const IntrusivePtr<Image> image = Render(spectrum, scale);
+    const qorcore::ColorRGBA color = spectrum.GetLinearColor();
+    // -20 dB, with a pixel value that is the centre of a device row: the row itself, whole.
+    const int row = static_cast<int>(std::floor(spectrum.dBToPixels(-20.0f, true) * scale + 0.5f));
+    const int first = static_cast<int>((FirstCrowdedColumn(spectrum) + 1) * scale);
+    const int last = static_cast<int>(399 * scale);
+    ASSERT_LT(first, last);
+    for (int x = first; x <= last; ++x) {
+        const ColumnPaint paint = PaintOfColumn(*image, x, color);
+        ASSERT_EQ(paint.painted, 1) << "column " << x;
+        ASSERT_EQ(paint.exact, 1) << "column " << x;
+        ASSERT_EQ(paint.top, row) << "column " << x;
+    }
+}
+
+TEST_P(SpectrumDrawColumns, CrowdedColumnsAreUnbrokenCrispRuns) {
+    const float scale = GetParam();
+    SpectrumDraw spectrum(sample_rate);
+    PrepareLinear(spectrum, TestSpectrum(2048), scale);
+    const IntrusivePtr<Image> image = Render(spectrum, scale);
+    const qorcore::ColorRGBA color = spectrum.GetLinearColor();
+    const int first = static_cast<int>((FirstCrowdedColumn(spectrum) + 1) * scale);
+    const int last = static_cast<int>(399 * scale);
+    ASSERT_LT(first, last);
+    int highest = image->GetPixelHeight(), highest_x = -1;
+    for (int x = first; x <= last; ++x) {
+        const ColumnPaint paint = PaintOfColumn(*image, x, color);
+        ASSERT_GT(paint.painted, 0) << "a gap in the trace at column " << x;
+        EXPECT_TRUE(paint.Unbroken()) << "column " << x;
+        EXPECT_EQ(paint.exact, paint.painted) << "a blurred pixel in column " << x;
+        if (paint.top < highest) {
+            highest = paint.top;
+            highest_x = x;
+        }
+        // Each column's run meets its neighbour's: the curve is one line.
+        if (x > first) {
+            const ColumnPaint left = PaintOfColumn(*image, x - 1, color);
+            EXPECT_TRUE(paint.top <= left.bottom + 1 && paint.bottom + 1 >= left.top)
+                << "column " << x;
+        }
+    }
+    // The loudest thing in the crowded region is the 6 kHz tone at -26 dB.
+    EXPECT_NEAR(highest_x / scale, spectrum.HzToPixels(6000.0f, true).value, 1.5f);
+    EXPECT_NEAR(highest, spectrum.dBToPixels(-26.0f, true) * scale, 1.5f * scale);
+}
+
+TEST_P(SpectrumDrawColumns, NotchesOneColumnWideStayOpen) {
+    const float scale = GetParam();
+    // Loud and quiet lines in turn where they lie one to two pixels apart: every quiet line is
+    // a notch about a column wide between two loud ones.
+    std::vector<float> bins(1025, 1e-4f);
+    SpectrumDraw spectrum(sample_rate);
+    PrepareLinear(spectrum, bins, scale);
+    const auto& pixels = spectrum.GetLinePixels();
+    const auto crowded = static_cast<float>(FirstCrowdedColumn(spectrum));
+    std::vector<std::size_t> notches;
+    for (std::size_t i = 1; i + 1 < 1024 && pixels[i + 1] + 1.0f < crowded; ++i) {
+        const float gap = std::min(pixels[i + 1] - pixels[i], pixels[i] - pixels[i - 1]);
+        if (pixels[i - 1] >= 0.0f && gap >= 1.0f && gap <= 2.0f && i % 2 == 1)
+            notches.push_back(i);
+    }
+    ASSERT_GT(notches.size(), 5u);
+    for (std::size_t i : notches)
+        bins[i - 1] = bins[i + 1] = 0.5f;
+    spectrum.SetSpectrumData(2048, bins, 1024, 0, true);
+    const IntrusivePtr<Image> image = Render(spectrum, scale);
+    const float loud = spectrum.dBToPixels(20 * std::log10(0.5f), true) * scale;
+    const float quiet = spectrum.dBToPixels(-80.0f, true) * scale;
+    for (std::size_t i : notches) {
+        const int x = static_cast<int>(pixels[i] * scale + 0.5f);
+        const ColumnPaint paint = PaintOfColumn(*image, x, spectrum.GetLinearColor());
+        EXPECT_GT(paint.top, loud + (quiet - loud) / 4) << "the notch at line " << i << " filled";
+        EXPECT_NEAR(paint.bottom, quiet, 1.0f) << "line " << i;
+    }
+}
+
+TEST_P(SpectrumDrawColumns, FillRunsFromTheCurveToTheBottom) {
+    const float scale = GetParam();
+    SpectrumDraw spectrum(sample_rate);
+    spectrum.SetFill(true);
+    PrepareLinear(spectrum, TestSpectrum(2048), scale);
+    const IntrusivePtr<Image> image = Render(spectrum, scale);
+    const qorcore::ColorRGBA color = spectrum.GetLinearColor();
+    const float first_line = spectrum.GetLinePixels()[1];
+    const int first = static_cast<int>(std::ceil(first_line * scale + 0.5f));
+    const int last = static_cast<int>(399 * scale);
+    for (int x = first; x <= last; ++x) {
+        const ColumnPaint paint = PaintOfColumn(*image, x, color);
+        ASSERT_EQ(paint.bottom, image->GetPixelHeight() - 1) << "column " << x;
+        ASSERT_TRUE(paint.Unbroken()) << "column " << x;
+        // Only the curve's ends may blend, where it is antialiased.
+        EXPECT_GE(paint.exact, paint.painted - 2) << "column " << x;
+    }
+    for (int x = 0; x + 1 < first; ++x)
+        EXPECT_EQ(PaintOfColumn(*image, x, color).painted, 0) << "left of the first line " << x;
+}
+
+INSTANTIATE_TEST_SUITE_P(Scales, SpectrumDrawColumns, ::testing::Values(1.0f, 2.0f));
 
 class SpectrumDrawGolden : public ::testing::TestWithParam<float> {};
 
