@@ -1,5 +1,5 @@
-// The spectrum painter per frame (4097 lines of an 8192-point FFT into 1000 by 300) and the
-// frequency scale per call.
+// The spectrum painter per frame (4097 lines of an 8192-point FFT into 1000 by 300), plain and
+// filled, and the frequency scale per call.
 
 #include "graphs/scales/freq_scale.hpp"
 #include "graphs/spectrum_draw.hpp"
@@ -16,7 +16,9 @@ namespace {
 
 using namespace qoraudiofiltersui;
 
-void BM_SpectrumDrawFrame(benchmark::State& state) {
+/// Frames of a falling slope with ripple, 4097 lines of an 8192-point FFT into 1000 by 300,
+/// with the peak trace; the curve filled if `fill`.
+void DrawFrames(benchmark::State& state, bool fill) {
     const float scale = static_cast<float>(state.range(0));
     constexpr unsigned fft_size = 8192;
     std::vector<float> data(fft_size / 2 + 1);
@@ -27,6 +29,7 @@ void BM_SpectrumDrawFrame(benchmark::State& state) {
     auto penrig = supplier.CreatePenrig(*image);
     SpectrumDraw spectrum(48000.0f);
     spectrum.SetShowPeakHold(true);
+    spectrum.SetFill(fill);
     spectrum.SetBounds(qorcore::RectT<float>(0, 0, 1000, 300), scale);
     spectrum.SetSpectrumData(fft_size, data, fft_size / 2 + 1, 0, true);
     spectrum.Draw(penrig.get());                    // sizes the column buffers
@@ -36,7 +39,16 @@ void BM_SpectrumDrawFrame(benchmark::State& state) {
         spectrum.Draw(penrig.get());
     }
 }
+
+void BM_SpectrumDrawFrame(benchmark::State& state) {
+    DrawFrames(state, false);
+}
 BENCHMARK(BM_SpectrumDrawFrame)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+
+void BM_SpectrumDrawFrameFilled(benchmark::State& state) {
+    DrawFrames(state, true);
+}
+BENCHMARK(BM_SpectrumDrawFrameFilled)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 
 void BM_FreqScaleHzToPixels(benchmark::State& state) {
     FreqScale scale(false);

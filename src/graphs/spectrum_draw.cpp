@@ -419,8 +419,7 @@ void SpectrumDraw::WalkLinear(const std::vector<float>& data, std::uint64_t line
 // filled as outlines through the column centres. A pixel value p is the centre of device pixel
 // p * scale, so positions go to device pixels as p * scale + 0.5 and the columns are whole device
 // pixels: lines are crisp at every scale. Spans are filled without antialiasing, each covering
-// the rows whose centres it holds, except the thin spans of long flat segments, whose steps
-// would show.
+// the rows whose centres it holds, except the thin spans of long flat segments.
 
 std::size_t SpectrumDraw::ResetSpans() {
     const float columns = std::floor(bounds_.width) * scale_factor_;
@@ -456,9 +455,10 @@ std::size_t SpectrumDraw::TraceSpans(const std::vector<point_t>& points) {
         // nothing when upright.
         const float rise = std::fabs(slope);
         const float half = upright ? 0.0f : 0.5f / (std::sqrt(1.0f + rise * rise) + rise);
-        // A segment longer than two pixels is antialiased where it is flat, or its steps would
-        // show; shorter ones, the crowded region's included, stay crisp.
-        const bool line = std::fabs(to.x - from.x) > 2.0f;
+        // A flat segment longer than eight pixels is antialiased, or its steps would show;
+        // shorter ones have too few steps to see, and antialiasing costs the rasteriser more
+        // than all the crisp columns of a crowded region together.
+        const bool line = std::fabs(to.x - from.x) > 8.0f;
         const auto [first, last] =
             ColumnRange(std::floor(x0), upright ? std::floor(x0) : std::ceil(x1) - 1.0f, columns);
         for (std::size_t c = first; c <= last; ++c) {
@@ -578,22 +578,43 @@ void SpectrumDraw::FillSpans(qorui::penrig::Penrig* penrig, std::size_t columns,
                                     spans_.begin() + static_cast<std::ptrdiff_t>(piece.last + 1),
                                     [&](const span_t& span) { return span.top >= piece.solid; }))
                 continue; // a flat top: all of it is solid
-            const auto left = static_cast<float>(piece.first);
-            const auto right = static_cast<float>(piece.last + 1);
-            // Tops left to right, then bottoms back, each at its column's centre.
-            outline.Begin(left, spans_[piece.first].top);
-            for (std::size_t k = piece.first; k <= piece.last; ++k)
-                outline.Add(static_cast<float>(k) + 0.5f, spans_[k].top);
-            outline.Add(right, spans_[piece.last].top);
-            if (area) {
-                outline.Add(right, piece.solid);
-                outline.Add(left, piece.solid);
-            } else {
-                outline.Add(right, spans_[piece.last].bottom);
-                for (std::size_t k = piece.last + 1; k-- > piece.first;)
-                    outline.Add(static_cast<float>(k) + 0.5f, spans_[k].bottom);
-                outline.Add(left, spans_[piece.first].bottom);
+            const std::size_t first = piece.first, last = piece.last;
+            const auto left = static_cast<float>(first);
+            const auto right = static_cast<float>(last + 1);
+            const auto bottom = [&](std::size_t k) {
+                return area ? piece.solid : spans_[k].bottom;
+            };
+            // At the piece's sides, a crisp outline goes on as it leaves its outer centres, so
+            // that those need no corner: no pixel centre lies between a side and a centre.
+            float top_left = spans_[first].top, top_right = spans_[last].top;
+            float bottom_left = bottom(first), bottom_right = bottom(last);
+            if (turn >= 0 && last > first) {
+                const auto outward = [](float outer, float inner) {
+                    return outer + (outer - inner) / 2;
+                };
+                const float tl = outward(top_left, spans_[first + 1].top);
+                const float bl = outward(bottom_left, bottom(first + 1));
+                if (tl <= bl) {
+                    top_left = tl;
+                    bottom_left = bl;
+                }
+                const float tr = outward(top_right, spans_[last - 1].top);
+                const float br = outward(bottom_right, bottom(last - 1));
+                if (tr <= br) {
+                    top_right = tr;
+                    bottom_right = br;
+                }
             }
+            // Tops left to right, then bottoms back, each at its column's centre.
+            outline.Begin(left, top_left);
+            for (std::size_t k = first; k <= last; ++k)
+                outline.Add(static_cast<float>(k) + 0.5f, spans_[k].top);
+            outline.Add(right, top_right);
+            outline.Add(right, bottom_right);
+            if (!area)
+                for (std::size_t k = last + 1; k-- > first;)
+                    outline.Add(static_cast<float>(k) + 0.5f, spans_[k].bottom);
+            outline.Add(left, bottom_left);
             outline.End();
             any = true;
         }
