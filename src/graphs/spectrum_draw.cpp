@@ -584,37 +584,16 @@ void SpectrumDraw::FillSpans(qorui::penrig::Penrig* penrig, std::size_t columns,
             const auto bottom = [&](std::size_t k) {
                 return area ? piece.solid : spans_[k].bottom;
             };
-            // At the piece's sides, a crisp outline goes on as it leaves its outer centres, so
-            // that those need no corner: no pixel centre lies between a side and a centre.
-            float top_left = spans_[first].top, top_right = spans_[last].top;
-            float bottom_left = bottom(first), bottom_right = bottom(last);
-            if (turn >= 0 && last > first) {
-                const auto outward = [](float outer, float inner) {
-                    return outer + (outer - inner) / 2;
-                };
-                const float tl = outward(top_left, spans_[first + 1].top);
-                const float bl = outward(bottom_left, bottom(first + 1));
-                if (tl <= bl) {
-                    top_left = tl;
-                    bottom_left = bl;
-                }
-                const float tr = outward(top_right, spans_[last - 1].top);
-                const float br = outward(bottom_right, bottom(last - 1));
-                if (tr <= br) {
-                    top_right = tr;
-                    bottom_right = br;
-                }
-            }
             // Tops left to right, then bottoms back, each at its column's centre.
-            outline.Begin(left, top_left);
+            outline.Begin(left, spans_[first].top);
             for (std::size_t k = first; k <= last; ++k)
                 outline.Add(static_cast<float>(k) + 0.5f, spans_[k].top);
-            outline.Add(right, top_right);
-            outline.Add(right, bottom_right);
+            outline.Add(right, spans_[last].top);
+            outline.Add(right, bottom(last));
             if (!area)
                 for (std::size_t k = last + 1; k-- > first;)
                     outline.Add(static_cast<float>(k) + 0.5f, spans_[k].bottom);
-            outline.Add(left, bottom_left);
+            outline.Add(left, bottom(first));
             outline.End();
             any = true;
         }

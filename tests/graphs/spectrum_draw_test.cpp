@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <vector>
 
@@ -378,6 +379,67 @@ TEST_P(SpectrumDrawColumns, FillRunsFromTheCurveToTheBottom) {
     }
     for (int x = 0; x + 1 < first; ++x)
         EXPECT_EQ(PaintOfColumn(*image, x, color).painted, 0) << "left of the first line " << x;
+}
+
+TEST_P(SpectrumDrawColumns, TranslucentColourIsLaidOnce) {
+    const float scale = GetParam();
+    SpectrumDraw spectrum(sample_rate);
+    const qorcore::ColorRGBA tint(1.0f, 0.6f, 0.0f, 0.5f);
+    spectrum.SetUseCustomColor(true);
+    spectrum.SetCustomColor(tint);
+    spectrum.SetFill(true);
+    PrepareLinear(spectrum, TestSpectrum(2048), scale);
+    const IntrusivePtr<Image> image = Render(spectrum, scale);
+    // Over the background, once: the fill; twice: the curve over the fill. Nothing else, so no
+    // two pieces of the fill or of the curve overlap.
+    const auto over = [&](const qorcore::ColorRGBA& under) {
+        return qorcore::ColorRGBA(tint.red * 0.5f + under.red * 0.5f,
+                                  tint.green * 0.5f + under.green * 0.5f,
+                                  tint.blue * 0.5f + under.blue * 0.5f);
+    };
+    const qorcore::ColorRGBA once = over(background), twice = over(once);
+    const int first = static_cast<int>((FirstCrowdedColumn(spectrum) + 1) * scale);
+    for (int x = first; x < image->GetPixelWidth(); ++x)
+        for (int y = 0; y < image->GetPixelHeight(); ++y) {
+            const auto p = image->GetPixel(x, y);
+            ASSERT_TRUE(IsColor(p, background) || IsColor(p, once) || IsColor(p, twice))
+                << x << "," << y << ": " << p.red << " " << p.green << " " << p.blue;
+        }
+}
+
+TEST_P(SpectrumDrawColumns, OddLevelsStayInsideTheBounds) {
+    const float scale = GetParam();
+    std::vector<float> bins = TestSpectrum(2048);
+    for (std::size_t i = 0; i < bins.size(); i += 7)
+        bins[i] = i % 3 == 0   ? std::numeric_limits<float>::quiet_NaN()
+                  : i % 3 == 1 ? std::numeric_limits<float>::infinity()
+                               : -1.0f;
+    SpectrumDraw spectrum(sample_rate);
+    spectrum.SetShowPeakHold(true);
+    spectrum.SetFill(true);
+    const RectT<float> bounds(20, 10, 300, 100);
+    spectrum.SetBounds(bounds, scale);
+    spectrum.SetSpectrumData(2048, bins, 1024, 0, true);
+    IntrusivePtr<Image> image = Image::Create(340, 120, scale);
+    CairoSupplier supplier(scale);
+    auto penrig = supplier.CreatePenrig(*image);
+    for (int frame = 0; frame < 2; ++frame) {
+        penrig->Clear(background);
+        spectrum.Draw(penrig.get());
+        spectrum.SetFreqRange(spectrum.GetFreqRange());
+    }
+    int inside = 0;
+    for (int y = 0; y < image->GetPixelHeight(); ++y)
+        for (int x = 0; x < image->GetPixelWidth(); ++x) {
+            if (IsColor(image->GetPixel(x, y), background))
+                continue;
+            const float lx = x / scale, ly = y / scale;
+            ASSERT_TRUE(lx >= bounds.x && lx < bounds.Right() && ly >= bounds.y &&
+                        ly < bounds.Bottom())
+                << "painted outside the bounds at " << x << "," << y;
+            ++inside;
+        }
+    EXPECT_GT(inside, 1000) << "the rest of the spectrum is drawn";
 }
 
 INSTANTIATE_TEST_SUITE_P(Scales, SpectrumDrawColumns, ::testing::Values(1.0f, 2.0f));
