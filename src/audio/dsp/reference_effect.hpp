@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/host/parameter_store_filter.hpp"
+
+#include <cstddef>
+#include <vector>
+
+namespace qoraudiofilters {
+
+/// An effect of the reference host: a table of parameters (the editors' side) with signal
+/// processing behind it. The host calls `Process` on its process thread, block after block, and
+/// `UpdateFromParameters` on the main thread whenever it had no chance to see parameter writes
+/// (a preset, a stored value).
+class ReferenceEffect : public qoraudiofilterhost::ParameterStoreFilter {
+public:
+    /// A rate that is not a positive finite number throws std::invalid_argument; the channel
+    /// count (in and out) is limited to 1..8.
+    ReferenceEffect(std::vector<qoraudiofilterhost::ParameterDescriptor> parameters,
+                    float sampleRate, std::size_t channelCount);
+
+    std::size_t GetChannelCount() const { return channelCount_; }
+
+    /// The process thread: `frameCount` samples of `channelCount` channels from `inputs` to
+    /// `outputs`. An output may be the same buffer as its input. Channels past the effect's own
+    /// count pass through unchanged. Must not lock or allocate.
+    virtual void Process(const float* const* inputs, float* const* outputs,
+                         std::size_t channelCount, std::size_t frameCount) = 0;
+    /// The process thread: forget the signal (delay lines, overlaps), keep the settings.
+    virtual void Reset() {}
+    /// Samples by which the output lags the input.
+    virtual std::size_t GetLatencySamples() const { return 0; }
+    /// The main thread: takes over parameter changes made without the effect's notice.
+    virtual void UpdateFromParameters() {}
+
+    // AudioFilter: the editor's sync is a chance to take over such changes.
+    bool PrepareParameterSync() override;
+
+private:
+    std::size_t channelCount_;
+};
+
+} // namespace qoraudiofilters
