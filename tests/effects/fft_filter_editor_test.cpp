@@ -1,0 +1,427 @@
+// The FFT filter editor over a table of its parameters: how the points reach the filter, how
+// the graph follows the filter, the popups, the checkbox, reset and the advanced section.
+#include "fft_filter_scene.hpp"
+
+#include "framework/effect_catalogue.hpp"
+#include "platform/core/null_pointer_exception.hpp"
+#include "platform/ui/linear_ruler.hpp"
+#include "platform/ui/log_ruler.hpp"
+#include "platform/ui/modal_testing.hpp"
+#include "platform/ui/ui_checkbox.hpp"
+#include "platform/ui/ui_disclosure_triangle_button.hpp"
+#include "platform/ui/ui_menu_overlay.hpp"
+#include "platform/ui/ui_picture_button.hpp"
+#include "platform/ui/ui_popup.hpp"
+#include "platform/ui/ui_static_text.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+using namespace qoraudiofiltersui;
+using namespace qafui_testing;
+using qoraudiofilterhost::ParameterStoreFilter;
+using Call = ParameterStoreFilter::Call;
+using Kind = ParameterStoreFilter::CallKind;
+
+namespace {
+
+constexpr float kNyquist = kFFTFilterSampleRate * 0.5f;
+constexpr float kZeroDecibels = 0.75f; // the fader position of 0 dB
+
+std::shared_ptr<ResponseTableFilter> ThreePointFilter(float scale = 0.0f) {
+    return std::make_shared<ResponseTableFilter>(FFTFilterValues(
+        {{20.0f, kZeroDecibels}, {1000.0f, 0.5f}, {kNyquist, kZeroDecibels}}, scale));
+}
+
+ResponseTableFilter& TableOf(const FFTFilterScene& scene) {
+    return static_cast<ResponseTableFilter&>(*scene.filter);
+}
+
+std::vector<Call> Writes(const ParameterStoreFilter& filter) {
+    std::vector<Call> writes;
+    for (const Call& call : filter.GetCalls())
+        if (call.kind == Kind::kSetParameterValue || call.kind == Kind::kSetParameterQuietly)
+            writes.push_back(call);
+    return writes;
+}
+
+TEST(FFTFilterEditor, TheRegistryMakesItFromItsArchiveWithEveryControl) {
+    FFTFilterScene scene(ThreePointFilter());
+    EXPECT_TRUE(IsEditorClassBuilt(*FindEffect("FFTFilter")));
+    ASSERT_EQ(scene.view->GetChildren().size(), 1u);
+    EXPECT_EQ(scene.view->GetChildren()[0]->GetID(), "FFTFilterUI");
+
+    std::vector<std::string> texts;
+    std::function<void(qorui::UI_Node&)> collect = [&](qorui::UI_Node& node) {
+        if (auto* text = dynamic_cast<qorui::UI_StaticText*>(&node))
+            texts.push_back(text->GetText());
+        for (const auto& child : node.GetChildren())
+            collect(*child);
+    };
+    collect(*scene.view);
+    EXPECT_EQ(texts, (std::vector<std::string>{"Scale:", "FFT Size:", "Window:"}));
+    EXPECT_EQ(scene.Find<qorui::UI_Checkbox>("SplineCurves").GetText(), "Spline Curves");
+    EXPECT_EQ(scene.Find<qorui::UI_DisclosureTriangleButton>("Advanced").GetText(), "Advanced");
+    EXPECT_EQ(scene.Find<qorui::UI_PictureButton>("ResetButton").GetImageName(), "Reset_Sm");
+    EXPECT_EQ(scene.Find<qorui::UI_Popup>("LinearLogMode").GetItems(),
+              (std::vector<std::string>{"Linear", "Logarithmic"}));
+    EXPECT_EQ(scene.Find<qorui::UI_Popup>("WindowType").GetItems(),
+              (std::vector<std::string>{"Triangular", "Hann", "Hamming", "Blackman", "Gaussian",
+                                        "Blackman-Harris", "Kaiser (140 dB)", "Kaiser (180 dB)"}));
+    EXPECT_EQ(scene.Find<qorui::UI_Popup>("FFTSize").GetItems(),
+              (std::vector<std::string>{"32", "64", "128", "256", "512", "1024", "2048", "4096",
+                                        "8192", "16384", "32768"}));
+    // The controls show the filter as it was.
+    EXPECT_TRUE(scene.Find<qorui::UI_Checkbox>("SplineCurves").IsChecked());
+    EXPECT_EQ(scene.Find<qorui::UI_Popup>("LinearLogMode").GetValueString(), "Logarithmic");
+    EXPECT_EQ(scene.Find<qorui::UI_Popup>("FFTSize").GetValueString(), "4096");
+    EXPECT_EQ(scene.Find<qorui::UI_Popup>("WindowType").GetValueString(), "Hann");
+    EXPECT_FALSE(scene.Find<qorui::UI_SubView>("AdvancedSection").IsVisible());
+    // Opening writes nothing but the visible range, quietly.
+    for (const Call& call : Writes(TableOf(scene))) {
+        EXPECT_EQ(call.kind, Kind::kSetParameterQuietly);
+        EXPECT_TRUE(call.index == 5 || call.index == 6) << call.index;
+    }
+}
+
+TEST(FFTFilterEditor, TheGraphReadsThePointsWithTheEndsHeldInPlace) {
+    FFTFilterScene scene(ThreePointFilter());
+    FFTFilterGraph& graph = scene.Graph();
+    const auto& points = graph.GetCurvePoints();
+    ASSERT_EQ(points.size(), 3u);
+    for (std::uint32_t i = 0; i < 3; ++i)
+        EXPECT_EQ(points[i].id, i);
+    EXPECT_NEAR(points[0].position.first, 20.0, 1e-3);
+    EXPECT_NEAR(points[1].position.first, 1000.0, 1e-2);
+    EXPECT_DOUBLE_EQ(points[1].position.second, 0.5);
+    EXPECT_DOUBLE_EQ(points[2].position.first, kNyquist);
+    EXPECT_FALSE(graph.IsPointDeletable(0));
+    EXPECT_FALSE(graph.IsPointMoveable(0, true));
+    EXPECT_TRUE(graph.IsPointMoveable(0, false));
+    EXPECT_TRUE(graph.IsPointMoveable(1, true));
+    EXPECT_FALSE(graph.IsPointMoveable(2, true));
+    EXPECT_EQ(graph.GetMaxPointCount(), 128u);
+    // The response is the filter's, as many values as asked for.
+    EXPECT_EQ(graph.GetResponseData(0).size(), std::size_t(FFTFilterGraph::kResponsePointCount));
+    EXPECT_TRUE(graph.IsLogarithmic());
+    EXPECT_NE(dynamic_cast<qorui::LogRuler*>(graph.GetHorizontalRuler().get()), nullptr);
+    EXPECT_DOUBLE_EQ(graph.GetHorizontalStart(), 20.0);
+    EXPECT_DOUBLE_EQ(graph.GetHorizontalEnd(), kNyquist);
+    EXPECT_DOUBLE_EQ(graph.GetVerticalStart(), 1.0);
+    EXPECT_DOUBLE_EQ(graph.GetVerticalEnd(), 0.0);
+    // The level axis reads decibels off fader positions.
+    EXPECT_EQ(graph.GetVerticalRuler()->FormatValue(kZeroDecibels), "0");
+    EXPECT_EQ(graph.GetVerticalRuler()->FormatValue(1.0), "+15");
+}
+
+TEST(FFTFilterEditor, EveryStepOfADragWritesAllPointsInsideTheQuietBracket) {
+    FFTFilterScene scene(ThreePointFilter());
+    ResponseTableFilter& filter = TableOf(scene);
+    std::vector<int> steps;
+    const qorcore::ScopedConnection listening = scene.Graph().ConnectChangedInteractively(
+        [&](const qorui::UI_InteractiveControlChangedMessage& message) {
+            steps.push_back(message.GetChangeMessage());
+        });
+    filter.ClearCalls();
+    const int asked = filter.responseRequests;
+    const auto at = scene.PointInWindow(1);
+    scene.window->MouseDown(at.x, at.y);
+    scene.window->MouseMove(at.x + 30, at.y - 40);
+    ASSERT_TRUE(scene.Graph().IsInteracting());
+    scene.window->MouseUp(at.x + 30, at.y - 40);
+    EXPECT_FALSE(scene.Graph().IsInteracting());
+
+    const auto& points = scene.Graph().GetCurvePoints();
+    EXPECT_GT(points[1].position.first, 1000.0);
+    EXPECT_GT(points[1].position.second, 0.5);
+    std::vector<Call> oneWrite = {{Kind::kSetParameterQuietly, 3, 1.0f},
+                                  {Kind::kSetParameterQuietly, 9, 3 * 0.0078125f}};
+    for (int i = 0; i < 3; ++i) {
+        const auto& position = points[std::size_t(i)].position;
+        oneWrite.push_back(
+            {Kind::kSetParameterValue, 10 + 2 * i, float(position.first / double(kNyquist))});
+        oneWrite.push_back({Kind::kSetParameterValue, 11 + 2 * i, float(position.second)});
+    }
+    oneWrite.push_back({Kind::kSetParameterQuietly, 3, 0.0f});
+    // The begin writes nothing; each continue and the finish write every point once.
+    const auto writing = std::count_if(steps.begin(), steps.end(), [](int step) {
+        return step == qorui::kInteractiveChangeContinue || step == qorui::kInteractiveChangeFinish;
+    });
+    ASSERT_EQ(steps.front(), qorui::kInteractiveChangeBegin);
+    ASSERT_EQ(steps.back(), qorui::kInteractiveChangeFinish);
+    std::vector<Call> expected;
+    for (int i = 0; i < writing; ++i)
+        expected.insert(expected.end(), oneWrite.begin(), oneWrite.end());
+    EXPECT_EQ(Writes(filter), expected);
+    EXPECT_EQ(filter.responseRequests, asked + int(writing)) << "one response after each write";
+}
+
+TEST(FFTFilterEditor, AnIdleTickRebuildsNothingAndAsksNoResponse) {
+    FFTFilterScene scene(ThreePointFilter());
+    ResponseTableFilter& filter = TableOf(scene);
+    scene.Tick();
+    filter.ClearCalls();
+    filter.SetRecordReads(true);
+    const int asked = filter.responseRequests;
+    for (int i = 0; i < 5; ++i)
+        scene.Tick();
+    EXPECT_EQ(filter.responseRequests, asked);
+    EXPECT_TRUE(Writes(filter).empty());
+    // Every tick compares each coordinate once; nothing past them is read.
+    int pointReads = 0;
+    for (const Call& call : filter.GetCalls(Kind::kGetParameterValue))
+        if (call.index >= 10) {
+            EXPECT_LT(call.index, 16);
+            ++pointReads;
+        }
+    EXPECT_EQ(pointReads, 5 * 6);
+}
+
+TEST(FFTFilterEditor, OneChangedCoordinateRebuildsTheWholeCurve) {
+    FFTFilterScene scene(ThreePointFilter());
+    ResponseTableFilter& filter = TableOf(scene);
+    const int asked = filter.responseRequests;
+    filter.StoreValue(13, 0.25f); // the middle point's level
+    scene.Tick();
+    EXPECT_EQ(filter.responseRequests, asked + 1);
+    EXPECT_DOUBLE_EQ(scene.Graph().GetCurvePoints()[1].position.second, 0.25);
+
+    // A new count rebuilds too, with the ends held again.
+    filter.StoreValue(14, 5000.0f / kNyquist);
+    filter.StoreValue(15, 0.6f);
+    filter.StoreValue(16, 1.0f);
+    filter.StoreValue(17, kZeroDecibels);
+    filter.StoreValue(9, 4 * 0.0078125f);
+    scene.Tick();
+    ASSERT_EQ(scene.Graph().GetCurvePoints().size(), 4u);
+    EXPECT_FALSE(scene.Graph().IsPointDeletable(3));
+    EXPECT_TRUE(scene.Graph().IsPointMoveable(2, true));
+
+    // A value that is no number is read again on every tick, and the curve stays drawable.
+    filter.StoreValue(12, std::nanf(""));
+    scene.Tick();
+    const int afterNaN = filter.responseRequests;
+    scene.Tick();
+    EXPECT_EQ(filter.responseRequests, afterNaN + 1);
+    EXPECT_DOUBLE_EQ(scene.Graph().GetCurvePoints()[1].position.first, 0.0);
+}
+
+TEST(FFTFilterEditor, ParametersDoNotOverwriteADragUntilItEnds) {
+    FFTFilterScene scene(ThreePointFilter());
+    ResponseTableFilter& filter = TableOf(scene);
+    const auto at = scene.PointInWindow(1);
+    scene.window->MouseDown(at.x, at.y);
+    scene.window->MouseMove(at.x, at.y - 30);
+    const double dragged = scene.Graph().GetCurvePoints()[1].position.second;
+    // An automation moves the point meanwhile.
+    filter.StoreValue(13, 0.1f);
+    scene.Tick();
+    scene.Tick();
+    EXPECT_DOUBLE_EQ(scene.Graph().GetCurvePoints()[1].position.second, dragged);
+    scene.window->MouseUp(at.x, at.y - 30);
+    // The release writes the dragged points again, and the next tick takes them back.
+    EXPECT_FLOAT_EQ(filter.GetParameterValue(13), float(dragged));
+    scene.Tick();
+    EXPECT_FLOAT_EQ(float(scene.Graph().GetCurvePoints()[1].position.second), float(dragged));
+}
+
+TEST(FFTFilterEditor, ACancelledDragWritesNothingAtItsEnd) {
+    FFTFilterScene scene(ThreePointFilter());
+    ResponseTableFilter& filter = TableOf(scene);
+    const auto at = scene.PointInWindow(1);
+    scene.window->MouseDown(at.x, at.y);
+    scene.window->MouseMove(at.x, at.y - 30);
+    filter.ClearCalls();
+    scene.window->PressKey(qorui::KeyboardCode::kEscape);
+    EXPECT_FALSE(scene.Graph().IsInteracting());
+    EXPECT_TRUE(Writes(filter).empty());
+    EXPECT_DOUBLE_EQ(scene.Graph().GetCurvePoints()[1].position.second, 0.5);
+}
+
+TEST(FFTFilterEditor, ScaleSwitchesRebuildTheRulersOverTheFullRange) {
+    FFTFilterScene scene(ThreePointFilter());
+    ResponseTableFilter& filter = TableOf(scene);
+    FFTFilterGraph& graph = scene.Graph();
+    auto& popup = scene.Find<qorui::UI_Popup>("LinearLogMode");
+
+    filter.ClearCalls();
+    popup.ChooseItem(0); // "Linear"
+    ASSERT_FALSE(filter.GetCalls(Kind::kSetParameterValue).empty());
+    EXPECT_EQ(filter.GetCalls(Kind::kSetParameterValue).front(),
+              (Call{Kind::kSetParameterValue, 4, 1.0f}));
+    scene.Tick();
+    EXPECT_FALSE(graph.IsLogarithmic());
+    EXPECT_NE(dynamic_cast<qorui::LinearRuler*>(graph.GetHorizontalRuler().get()), nullptr);
+    EXPECT_DOUBLE_EQ(graph.GetHorizontalStart(), 20.0);
+    EXPECT_DOUBLE_EQ(graph.GetHorizontalEnd(), kNyquist);
+    EXPECT_EQ(graph.GetSpectrumDraw()->GetFreqScale()->GetScaleType(), kLinearScale);
+    // The range went to the filter quietly, over Nyquist.
+    EXPECT_FLOAT_EQ(filter.GetParameterValue(5), 20.0f / kNyquist);
+    EXPECT_FLOAT_EQ(filter.GetParameterValue(6), 1.0f);
+
+    // From the filter's side, and the popup follows.
+    filter.StoreValue(4, 0.0f);
+    scene.Tick();
+    EXPECT_TRUE(graph.IsLogarithmic());
+    EXPECT_NE(dynamic_cast<qorui::LogRuler*>(graph.GetHorizontalRuler().get()), nullptr);
+    EXPECT_EQ(graph.GetSpectrumDraw()->GetFreqScale()->GetScaleType(), kLogScale);
+    EXPECT_EQ(popup.GetValueString(), "Logarithmic");
+    ASSERT_EQ(graph.GetCurvePoints().size(), 3u) << "a scale switch keeps the points";
+}
+
+TEST(FFTFilterEditor, ResetWritesTwoPointsAtZeroDecibelsAndTheCurveFollows) {
+    FFTFilterScene scene(ThreePointFilter());
+    ResponseTableFilter& filter = TableOf(scene);
+    filter.ClearCalls();
+    scene.Click("ResetButton");
+    const std::vector<Call> expected = {{Kind::kSetParameterQuietly, 3, 1.0f},
+                                        {Kind::kSetParameterQuietly, 9, 2 * 0.0078125f},
+                                        {Kind::kSetParameterValue, 10, 20.0f / kNyquist},
+                                        {Kind::kSetParameterValue, 11, kZeroDecibels},
+                                        {Kind::kSetParameterValue, 12, 1.0f},
+                                        {Kind::kSetParameterValue, 13, kZeroDecibels},
+                                        {Kind::kSetParameterQuietly, 3, 0.0f}};
+    EXPECT_EQ(Writes(filter), expected);
+    scene.Tick();
+    const auto& points = scene.Graph().GetCurvePoints();
+    ASSERT_EQ(points.size(), 2u);
+    EXPECT_DOUBLE_EQ(points[1].position.first, kNyquist);
+    EXPECT_DOUBLE_EQ(points[1].position.second, kZeroDecibels);
+}
+
+TEST(FFTFilterEditor, TheSplinesCheckboxWritesParameterZeroAndFollowsIt) {
+    FFTFilterScene scene(ThreePointFilter());
+    ResponseTableFilter& filter = TableOf(scene);
+    auto& box = scene.Find<qorui::UI_Checkbox>("SplineCurves");
+    const int asked = filter.responseRequests;
+    scene.Click("SplineCurves");
+    EXPECT_FALSE(box.IsChecked());
+    EXPECT_EQ(filter.GetParameterValue(0), 0.0f);
+    EXPECT_EQ(filter.responseRequests, asked + 1) << "the curve is read again after the write";
+    filter.StoreValue(0, 0.5f);
+    scene.Tick();
+    EXPECT_TRUE(box.IsChecked());
+}
+
+TEST(FFTFilterEditor, TheFFTSizePopupSelectsByTextAndWritesOnlyItsElevenSizes) {
+    FFTFilterScene scene(ThreePointFilter());
+    ResponseTableFilter& filter = TableOf(scene);
+    auto& popup = scene.Find<qorui::UI_Popup>("FFTSize");
+    popup.ChooseItem(3);
+    EXPECT_FLOAT_EQ(filter.GetParameterValue(1), (256.0f - 32.0f) / 32736.0f);
+    popup.ChooseItem(10);
+    EXPECT_FLOAT_EQ(filter.GetParameterValue(1), 1.0f);
+
+    filter.StoreValue(1, (8192.0f - 32.0f) / 32736.0f);
+    scene.Tick();
+    EXPECT_EQ(popup.GetValueString(), "8192");
+    filter.StoreValue(1, (3000.0f - 32.0f) / 32736.0f); // between two sizes
+    scene.Tick();
+    EXPECT_EQ(popup.GetSelectedIndex(), -1);
+
+    // A twelfth row, past the table: nothing is written but the curve is read again.
+    popup.AddItem("65536");
+    filter.ClearCalls();
+    const int asked = filter.responseRequests;
+    popup.ChooseItem(11);
+    EXPECT_TRUE(filter.GetCalls(Kind::kSetParameterValue).empty());
+    EXPECT_EQ(filter.responseRequests, asked + 1);
+}
+
+TEST(FFTFilterEditor, TheWindowPopupMapsRowsToEighths) {
+    FFTFilterScene scene(ThreePointFilter());
+    ResponseTableFilter& filter = TableOf(scene);
+    auto& popup = scene.Find<qorui::UI_Popup>("WindowType");
+    // Through the menu, as the user picks it.
+    {
+        qorui::testing::ScopedModalResponder responder([](qorui::UI_ModalOverlay& overlay) {
+            auto* menu = dynamic_cast<qorui::UI_MenuOverlay*>(&overlay);
+            ASSERT_NE(menu, nullptr);
+            EXPECT_TRUE(menu->ChooseItem(6)); // the sixth row, "Blackman-Harris"
+        });
+        scene.Click("Advanced");
+        scene.window->SetSize(scene.view->GetFrame().width, scene.view->GetFrame().height);
+        scene.Click("WindowType");
+    }
+    EXPECT_EQ(popup.GetValueString(), "Blackman-Harris");
+    EXPECT_FLOAT_EQ(filter.GetParameterValue(2), 5 * 0.125f);
+    for (int row = 0; row < 8; ++row) {
+        popup.ChooseItem(row);
+        EXPECT_FLOAT_EQ(filter.GetParameterValue(2), float(row) * 0.125f) << row;
+    }
+    filter.StoreValue(2, 0.5f);
+    scene.Tick();
+    EXPECT_EQ(popup.GetValueString(), "Gaussian");
+    filter.StoreValue(2, 0.99f);
+    scene.Tick();
+    EXPECT_EQ(popup.GetValueString(), "Kaiser (180 dB)");
+    filter.StoreValue(2, 1.0f); // index 8: no row
+    scene.Tick();
+    EXPECT_EQ(popup.GetSelectedIndex(), -1);
+    // A row past the eight writes the first window.
+    popup.AddItem("Other");
+    popup.ChooseItem(8);
+    EXPECT_EQ(filter.GetParameterValue(2), 0.0f);
+}
+
+TEST(FFTFilterEditor, TheAdvancedSectionGrowsAndShrinksTheEditor) {
+    FFTFilterScene scene(ThreePointFilter());
+    auto& section = scene.Find<qorui::UI_SubView>("AdvancedSection");
+    const float closed = scene.view->GetFrame().height;
+    int signals = 0;
+    const qorcore::ScopedConnection sized =
+        scene.view->ConnectContentSizeChanged([&] { ++signals; });
+    scene.Click("Advanced");
+    EXPECT_TRUE(section.IsVisible());
+    EXPECT_FLOAT_EQ(scene.view->GetFrame().height, closed + section.GetFrame().height);
+    EXPECT_FLOAT_EQ(scene.view->GetChildren()[0]->GetFrame().height, scene.view->GetFrame().height);
+    EXPECT_EQ(signals, 1);
+    // The section's controls take clicks once shown.
+    scene.window->SetSize(scene.view->GetFrame().width, scene.view->GetFrame().height);
+    EXPECT_TRUE(scene.Find<qorui::UI_Popup>("FFTSize").IsShown());
+    scene.Click("Advanced");
+    EXPECT_FALSE(section.IsVisible());
+    EXPECT_FLOAT_EQ(scene.view->GetFrame().height, closed);
+    EXPECT_EQ(signals, 2);
+}
+
+TEST(FFTFilterEditor, CurvesOfFewerThanTwoPointsLeaveTheRulesAsTheyWere) {
+    auto filter = ThreePointFilter();
+    FFTFilterScene scene(filter);
+    ASSERT_TRUE(scene.Graph().IsPointDeletable(1));
+    filter->StoreValue(9, 1 * 0.0078125f);
+    scene.Tick();
+    ASSERT_EQ(scene.Graph().GetCurvePoints().size(), 1u);
+    EXPECT_TRUE(scene.Graph().IsPointDeletable(1)) << "the lists of three points stand";
+    filter->StoreValue(9, 0.0f);
+    scene.Tick();
+    EXPECT_TRUE(scene.Graph().GetCurvePoints().empty());
+    // A count beyond 128 is held to what the parameters carry.
+    filter->StoreValue(9, 3.0f);
+    scene.Tick();
+    EXPECT_EQ(scene.Graph().GetCurvePoints().size(), 128u);
+}
+
+TEST(FFTFilterEditor, AFilterWithoutResponseLeavesTheCurveAsItWas) {
+    auto filter = ThreePointFilter();
+    filter->answersResponse = false;
+    FFTFilterScene scene(filter);
+    EXPECT_TRUE(scene.Graph().GetResponseData(0).empty());
+    filter->answersResponse = true;
+    filter->StoreValue(13, 0.3f);
+    scene.Tick();
+    ASSERT_EQ(scene.Graph().GetResponseData(0).size(), 4096u);
+    filter->answersResponse = false;
+    filter->StoreValue(13, 0.2f);
+    scene.Tick();
+    EXPECT_EQ(scene.Graph().GetResponseData(0).size(), 4096u) << "the last response stays";
+}
+
+TEST(FFTFilterGraph, ANullFilterIsRefused) {
+    EXPECT_THROW(IntrusivePtr<FFTFilterGraph>(new FFTFilterGraph(nullptr)),
+                 qorcore::NullPointerException);
+}
+
+} // namespace
