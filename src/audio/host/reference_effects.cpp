@@ -1,0 +1,43 @@
+#include "audio/host/reference_effects.hpp"
+
+#include "audio/dsp/fft_filter.hpp"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+
+namespace qafhost {
+
+namespace {
+
+using Factory =
+    std::function<std::shared_ptr<qoraudiofilters::ReferenceEffect>(float, std::size_t)>;
+
+const std::map<std::string, Factory, std::less<>>& Factories() {
+    static const std::map<std::string, Factory, std::less<>> factories{
+        {"FFTFilter",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::FFTFilter>(rate, channels);
+         }},
+    };
+    return factories;
+}
+
+} // namespace
+
+std::vector<std::string> GetReferenceEffectNames() {
+    std::vector<std::string> names;
+    for (const auto& [name, factory] : Factories())
+        names.push_back(name);
+    return names;
+}
+
+std::shared_ptr<qoraudiofilters::ReferenceEffect>
+CreateReferenceEffect(std::string_view name, float sampleRate, std::size_t channelCount) {
+    const auto found = Factories().find(name);
+    if (found == Factories().end())
+        return nullptr;
+    return found->second(sampleRate, channelCount);
+}
+
+} // namespace qafhost
