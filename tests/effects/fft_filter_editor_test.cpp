@@ -1,6 +1,7 @@
 // The FFT filter editor over a table of its parameters: how the points reach the filter, how
 // the graph follows the filter, the popups, the checkbox, reset and the advanced section.
 #include "fft_filter_scene.hpp"
+#include "platform/ui/node_archive_writer.hpp"
 
 #include "framework/effect_catalogue.hpp"
 #include "platform/core/null_pointer_exception.hpp"
@@ -17,7 +18,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <unistd.h>
 
 using namespace qoraudiofiltersui;
 using namespace qafui_testing;
@@ -417,6 +422,71 @@ TEST(FFTFilterEditor, AFilterWithoutResponseLeavesTheCurveAsItWas) {
     filter->StoreValue(13, 0.2f);
     scene.Tick();
     EXPECT_EQ(scene.Graph().GetResponseData(0).size(), 4096u) << "the last response stays";
+}
+
+/// A panel of the editor's controls without some of them, in a folder that the library reads
+/// before its own resources while the object lives.
+class PartialArchive {
+public:
+    explicit PartialArchive(const std::vector<std::string>& leaveOut) {
+        using namespace qafui_testing::archive;
+        path_ = std::filesystem::temp_directory_path() /
+                ("qafui_fft_archive_" + std::to_string(::getpid()));
+        std::filesystem::create_directories(path_);
+        auto button = [](const char* adapter, const char* id, float left) {
+            return Node(adapter, {Section(adapter), Section("qorui::ui::UI_Button"),
+                                  SubViewSection(), NodeSection(id, left, 310, 60, 20)});
+        };
+        std::vector<std::pair<std::string, std::string>> nodes = {
+            {"FFTFilterGraph",
+             Node("qorui::ui::UI_SubView",
+                  {SubViewSection(), NodeSection("FFTFilterGraph", 0, 0, 500, 300)})},
+            {"LinearLogMode", button("qorui::ui::UI_Popup", "LinearLogMode", 0)},
+            {"SplineCurves", button("qorui::ui::UI_Checkbox", "SplineCurves", 70)},
+            {"Advanced", button("qorui::ui::UI_DisclosureTriangleButton", "Advanced", 140)},
+            {"ResetButton", button("qorui::ui::UI_PictureButton", "ResetButton", 210)},
+            {"AdvancedSection",
+             Node(
+                 "qorui::ui::UI_SubView",
+                 {SubViewSection({button("qorui::ui::UI_Popup", "FFTSize", 0),
+                                  button("qorui::ui::UI_Popup", "WindowType", 70)}),
+                  NodeSection("AdvancedSection", 0, 340, 500, 30, Pair("visible", Bool(false)))})}};
+        std::vector<std::string> children;
+        for (const auto& [id, node] : nodes)
+            if (std::find(leaveOut.begin(), leaveOut.end(), id) == leaveOut.end())
+                children.push_back(node);
+        std::ofstream(path_ / "FFTFILTER.xml", std::ios::binary)
+            << Document(Node("qorui::ui::UI_SubView",
+                             {SubViewSection(children), NodeSection("Partial", 0, 0, 500, 340)}));
+        ::setenv("QAFUI_RESOURCE_DIR", path_.c_str(), 1);
+    }
+    ~PartialArchive() {
+        ::unsetenv("QAFUI_RESOURCE_DIR");
+        std::filesystem::remove_all(path_);
+    }
+
+private:
+    std::filesystem::path path_;
+};
+
+TEST(FFTFilterEditor, APanelWithoutTheGraphSyncsButResetNeedsIt) {
+    const PartialArchive archive({"FFTFilterGraph"});
+    FFTFilterScene scene(ThreePointFilter());
+    EXPECT_FALSE(scene.view->GetGraph());
+    // Ticks go on without a graph, and the controls still follow the filter.
+    TableOf(scene).StoreValue(0, 0.0f);
+    scene.Tick();
+    EXPECT_FALSE(scene.Find<qorui::UI_Checkbox>("SplineCurves").IsChecked());
+    scene.Find<qorui::UI_Popup>("FFTSize").ChooseItem(2);
+    EXPECT_FLOAT_EQ(TableOf(scene).GetParameterValue(1), (128.0f - 32.0f) / 32736.0f);
+    EXPECT_THROW(scene.Find<qorui::UI_PictureButton>("ResetButton").Click(),
+                 qorcore::NullPointerException);
+}
+
+TEST(FFTFilterEditor, APanelWithoutAControlFailsAsItIsConnected) {
+    const PartialArchive archive({"ResetButton"});
+    EXPECT_THROW(FFTFilterScene scene(ThreePointFilter()), qorcore::NullPointerException);
+    Terminate(); // the scene's constructor did not finish, so its destructor did not run
 }
 
 TEST(FFTFilterGraph, ANullFilterIsRefused) {
