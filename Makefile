@@ -16,8 +16,15 @@ configure: deps
 build: configure
 	@cmake --build $(BUILD) -j $(JOBS)
 
+# With a display, the FFT filter editor live on the test signal; without one, every editor
+# rendered into $(BUILD)/gallery with an index page.
 run: build
-	@$(BUILD)/apps/qafui/qafui --help
+	@if [ -n "$$DISPLAY" ]; then \
+	  $(BUILD)/apps/qafui/qafui open FFTFilter; \
+	else \
+	  $(BUILD)/apps/qafui/qafui gallery -o $(BUILD)/gallery && \
+	  echo "open $(BUILD)/gallery/index.html to see them"; \
+	fi
 
 test: build
 	@ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)

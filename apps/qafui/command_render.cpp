@@ -1,22 +1,22 @@
-// qafui render EFFECT -o PNG [--scale 1|2] [--skin classic|v7]: draws an effect's editor in a
-// headless window and writes it as a PNG. Until the reference effects exist, the editor is bound
-// to a table of parameters shaped like the effect's.
+// qafui render EFFECT -o PNG [--scale 1|2] [--skin classic|v7] [--seconds S] [--input FILE]:
+// draws an effect's editor in a headless window and writes it as a PNG. The reference effect
+// runs on the reference host for S seconds of virtual time first, so that spectra and meters
+// show live data; an effect without a reference is bound to a table of parameters shaped like
+// the effect's.
 
 #include "command.hpp"
+#include "live_editor.hpp"
 
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
-#include "framework/resource_manager.hpp"
 #include "platform/draw/cairo_supplier.hpp"
-#include "platform/host/audio_filter_view_factory_registrar.hpp"
-#include "platform/host/parameter_store_filter.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/skins.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <exception>
 #include <iostream>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -25,42 +25,41 @@ namespace qafui::cli {
 namespace {
 
 const char usage_text[] =
-    "usage: qafui render EFFECT -o PNG [--scale 1|2] [--skin classic|v7]\n"
+    "usage: qafui render EFFECT -o PNG [--scale 1|2] [--skin classic|v7] [--seconds S]\n"
+    "                    [--input FILE]\n"
     "\n"
     "Draws the editor of EFFECT (a name or class GUID of `qafui list`) in a headless\n"
-    "window at its natural size and writes it to PNG.\n"
+    "window at its natural size and writes it to PNG. An effect of the reference host\n"
+    "runs first for S seconds of virtual time on the test signal (or FILE), so its\n"
+    "spectra and meters are live.\n"
     "\n"
     "options:\n"
     "  -o PNG         the file to write\n"
     "  --scale S      1 (the default) or 2\n"
-    "  --skin LOOK    classic (the default) or v7\n";
+    "  --skin LOOK    classic (the default) or v7\n"
+    "  --seconds S    how long the effect runs before the picture, 0 to 600 (default 1)\n"
+    "  --input FILE   an audio file to play in place of the test signal\n";
 
-using qoraudiofilterhost::ParameterDescriptor;
-
-/// The parameters of an effect as its editor reads them: the known layouts, else one normalised
-/// parameter per input cell "in" + i of its sheet.
-std::vector<ParameterDescriptor> StandInParameters(const qoraudiofiltersui::EffectEntry& effect) {
-    if (std::string_view(effect.name) == "VocalEnhancer")
-        return {{"Mode", 0.0f, 2.0f, 0.0f}};
-    std::vector<ParameterDescriptor> parameters;
-    std::vector<char> sheet;
-    if (auto* resources = qoraudiofiltersui::GetLibraryResourceManager())
-        resources->GetBinary(effect.resourceName, "mrl", sheet);
-    const std::string text(sheet.begin(), sheet.end());
-    const std::regex input(R"(\bin(\d+)\s*:)");
-    int count = 0;
-    for (auto it = std::sregex_iterator(text.begin(), text.end(), input);
-         it != std::sregex_iterator(); ++it)
-        count = std::max(count, std::stoi((*it)[1]) + 1);
-    for (int i = 0; i < count; ++i)
-        parameters.push_back({"in" + std::to_string(i), 0.0f, 1.0f, 0.0f});
-    return parameters;
+/// Seconds as an option takes them: a number from 0 to 600.
+bool ParseSeconds(const std::string& text, double& seconds) {
+    try {
+        std::size_t used = 0;
+        const double value = std::stod(text, &used);
+        if (used != text.size() || !std::isfinite(value) || value < 0.0 || value > 600.0)
+            return false;
+        seconds = value;
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 int run(const command_t& command, const std::vector<std::string>& arguments) {
     std::string effectName;
     std::string output;
+    std::string input;
     float scale = 1.0f;
+    double seconds = 1.0;
     auto skin = qorui::skins::Skin::kClassic;
     for (std::size_t i = 0; i != arguments.size(); ++i) {
         const std::string& argument = arguments[i];
@@ -82,6 +81,15 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
             if (!value || (*value != "classic" && *value != "v7"))
                 return usage_error(command, "--skin takes classic or v7");
             skin = *value == "v7" ? qorui::skins::Skin::kV7 : qorui::skins::Skin::kClassic;
+        } else if (argument == "--seconds") {
+            const std::string* value = next();
+            if (!value || !ParseSeconds(*value, seconds))
+                return usage_error(command, "--seconds takes a number of seconds from 0 to 600");
+        } else if (argument == "--input") {
+            const std::string* value = next();
+            if (!value || value->empty())
+                return usage_error(command, "--input needs a file");
+            input = *value;
         } else if (!argument.empty() && argument[0] == '-') {
             return usage_error(command, "unknown option '" + argument + "'");
         } else if (effectName.empty()) {
@@ -105,16 +113,14 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
     qoraudiofiltersui::Initialize(&supplier);
     int status = 0;
     try {
-        auto filter =
-            std::make_shared<qoraudiofilterhost::ParameterStoreFilter>(StandInParameters(*effect));
-        auto view = qoraudiofilterhostui::AudioFilterViewFactoryRegistry::Get().CreateEditor(
-            effect->GetGuidText(), filter);
-        if (!view)
-            throw std::runtime_error("no editor is registered for " + effect->GetGuidText());
-        const auto size = view->GetFrame();
+        live_editor_t editor(*effect, qafhost::ProcessHost::Clock::kVirtual, input);
+        const auto size = editor.view()->GetFrame();
         qorui::HeadlessWindow window(std::max(1.0f, size.width), std::max(1.0f, size.height),
                                      scale);
-        window.AddNode(view);
+        window.SetBackgroundColor(qorui::skins::GetContentBackgroundColor());
+        window.AddNode(editor.view());
+        editor.run(seconds, [&](double step) { window.AdvanceTime(step); });
+        // The editor's first ticks, even when no audio ran.
         window.AdvanceTime(0.05);
         window.RenderAll();
         window.WritePNG(output);

@@ -1,0 +1,106 @@
+#include "live_editor.hpp"
+
+#include "audio/host/file_source.hpp"
+#include "audio/host/reference_effects.hpp"
+#include "audio/host/test_signal_source.hpp"
+#include "framework/library.hpp"
+#include "framework/resource_manager.hpp"
+#include "platform/core/main_thread_queue.hpp"
+#include "platform/host/audio_filter_view_factory_registrar.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+namespace qafui::cli {
+
+using qoraudiofilterhost::ParameterDescriptor;
+
+std::vector<ParameterDescriptor> stand_in_parameters(const qoraudiofiltersui::EffectEntry& effect) {
+    if (std::string_view(effect.name) == "VocalEnhancer")
+        return {{"Mode", 0.0f, 2.0f, 0.0f}};
+    std::vector<ParameterDescriptor> parameters;
+    std::vector<char> sheet;
+    if (auto* resources = qoraudiofiltersui::GetLibraryResourceManager())
+        resources->GetBinary(effect.resourceName, "mrl", sheet);
+    const std::string text(sheet.begin(), sheet.end());
+    const std::regex input(R"(\bin(\d+)\s*:)");
+    int count = 0;
+    for (auto it = std::sregex_iterator(text.begin(), text.end(), input);
+         it != std::sregex_iterator(); ++it)
+        count = std::max(count, std::stoi((*it)[1]) + 1);
+    for (int i = 0; i < count; ++i)
+        parameters.push_back({"in" + std::to_string(i), 0.0f, 1.0f, 0.0f});
+    return parameters;
+}
+
+bool has_editor_resources(const qoraudiofiltersui::EffectEntry& effect) {
+    const qoraudiofiltersui::ResourceManager* resources =
+        qoraudiofiltersui::GetLibraryResourceManager();
+    if (!resources)
+        return false;
+    std::istringstream names(effect.resources);
+    std::string file;
+    while (names >> file) {
+        const std::size_t point = file.rfind('.');
+        if (point == std::string::npos ||
+            !resources->HasBinary(file.substr(0, point), file.substr(point + 1)))
+            return false;
+    }
+    return true;
+}
+
+live_editor_t::live_editor_t(const qoraudiofiltersui::EffectEntry& effect,
+                             qafhost::ProcessHost::Clock clock, const std::string& input) {
+    std::shared_ptr<qoraudiofilters::ReferenceEffect> reference =
+        qafhost::CreateReferenceEffect(effect.name, kSampleRate, kChannelCount);
+    if (reference) {
+        std::unique_ptr<qafhost::AudioSource> source;
+        if (input.empty())
+            source = std::make_unique<qafhost::TestSignalSource>(
+                qafhost::TestSignalSource::Kind::kMix, kSampleRate, kChannelCount);
+        else
+            source = std::make_unique<qafhost::FileSource>(input, kSampleRate);
+        qafhost::ProcessHost::Options options;
+        options.clock = clock;
+        host_ = std::make_unique<qafhost::ProcessHost>(reference, options);
+        host_->SetSource(std::move(source));
+        filter_ = reference;
+    } else {
+        if (!input.empty())
+            throw std::runtime_error("the reference host has no effect " +
+                                     std::string(effect.name) + " to play " + input + " through");
+        filter_ =
+            std::make_shared<qoraudiofilterhost::ParameterStoreFilter>(stand_in_parameters(effect));
+    }
+    view_ = qoraudiofilterhostui::AudioFilterViewFactoryRegistry::Get().CreateEditor(
+        effect.GetGuidText(), filter_);
+    if (!view_)
+        throw std::runtime_error("no editor is registered for " + effect.GetGuidText());
+}
+
+live_editor_t::~live_editor_t() {
+    if (view_)
+        view_->RemoveFromParent();
+    view_.reset();
+    if (host_) {
+        // The editor's last messages (its meters switched off) run on the process thread
+        // before it stops, so that no message is left holding the effect.
+        const auto effect = host_->GetEffect();
+        if (host_->GetClock() == qafhost::ProcessHost::Clock::kVirtual) {
+            host_->Advance(2.0 * double(host_->GetBlockSize()) / double(host_->GetSampleRate()));
+        } else {
+            const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(250);
+            while (effect->GetPostedMessageCount() != 0 && std::chrono::steady_clock::now() < until)
+                std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        host_.reset();
+        qorcore::MainThreadQueue::Get().RunPending();
+    }
+    filter_.reset();
+}
+
+} // namespace qafui::cli

@@ -1,0 +1,72 @@
+#pragma once
+
+// An effect's editor bound to a running effect, as render, open and gallery show it: the
+// reference effect on the reference host, fed by the test signal or a file, or, for an effect
+// the host has no reference for yet, a table of parameters shaped like the effect's.
+
+#include "audio/host/process_host.hpp"
+#include "framework/effect_catalogue.hpp"
+#include "platform/host/audio_filter.hpp"
+#include "platform/host/audio_filter_editor_view_base.hpp"
+#include "platform/host/parameter_store_filter.hpp"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qafui::cli {
+
+/// The parameters of an effect as its editor reads them, for an effect without a reference:
+/// the known layouts, else one normalised parameter per input cell "in" + i of its sheet.
+/// Needs the library initialised.
+std::vector<qoraudiofilterhost::ParameterDescriptor>
+stand_in_parameters(const qoraudiofiltersui::EffectEntry& effect);
+
+/// Whether every resource the effect's editor reads is in the library.
+bool has_editor_resources(const qoraudiofiltersui::EffectEntry& effect);
+
+/// An editor of `effect` with its filter and, when the effect has a reference, the host that
+/// runs it. Needs the library initialised, and releases everything before it is terminated.
+class live_editor_t {
+public:
+    static constexpr float kSampleRate = 48000.0f;
+    static constexpr std::size_t kChannelCount = 2;
+
+    /// `input` names an audio file to play in place of the test signal; empty for the test
+    /// signal. Throws std::runtime_error when the editor can't be made or the file can't be
+    /// read.
+    live_editor_t(const qoraudiofiltersui::EffectEntry& effect, qafhost::ProcessHost::Clock clock,
+                  const std::string& input);
+    /// The editor goes first, so that its meters are stopped while the host still runs.
+    ~live_editor_t();
+    live_editor_t(const live_editor_t&) = delete;
+    live_editor_t& operator=(const live_editor_t&) = delete;
+
+    const qorcore::IntrusivePtr<qoraudiofilterhostui::AudioFilterEditorViewBase>& view() const {
+        return view_;
+    }
+    const std::shared_ptr<qoraudiofilterhost::AudioFilter>& filter() const { return filter_; }
+    /// Null when the effect has no reference and a table of parameters stands in.
+    qafhost::ProcessHost* host() const { return host_.get(); }
+
+    /// The virtual clock: runs the effect for `seconds` in steps of a hundredth, each followed
+    /// by `keep_time` (which moves the window's clock, so timers fire and messages arrive).
+    template <class KeepTime>
+    void run(double seconds, KeepTime&& keep_time) {
+        constexpr double kStep = 0.01;
+        for (double done = 0.0; done + 1e-9 < seconds; done += kStep) {
+            const double step = std::min(kStep, seconds - done);
+            if (host_)
+                host_->Advance(step);
+            keep_time(step);
+        }
+    }
+
+private:
+    std::shared_ptr<qoraudiofilterhost::AudioFilter> filter_;
+    std::unique_ptr<qafhost::ProcessHost> host_;
+    qorcore::IntrusivePtr<qoraudiofilterhostui::AudioFilterEditorViewBase> view_;
+};
+
+} // namespace qafui::cli
