@@ -5,6 +5,7 @@
 
 #include "framework/effect_catalogue.hpp"
 #include "platform/core/null_pointer_exception.hpp"
+#include "platform/ui/curve_point_edit_dialog.hpp"
 #include "platform/ui/linear_ruler.hpp"
 #include "platform/ui/log_ruler.hpp"
 #include "platform/ui/modal_testing.hpp"
@@ -422,6 +423,32 @@ TEST(FFTFilterEditor, AFilterWithoutResponseLeavesTheCurveAsItWas) {
     filter->StoreValue(13, 0.2f);
     scene.Tick();
     EXPECT_EQ(scene.Graph().GetResponseData(0).size(), 4096u) << "the last response stays";
+}
+
+TEST(FFTFilterEditor, ThePointDialogShowsDecibelsAndWritesFaderPositions) {
+    FFTFilterScene scene(ThreePointFilter());
+    ResponseTableFilter& filter = TableOf(scene);
+    std::vector<std::string> labels;
+    double shownLevel = 0.0;
+    qorui::testing::ScopedModalResponder responder([&](qorui::UI_ModalOverlay& overlay) {
+        if (auto* menu = dynamic_cast<qorui::UI_MenuOverlay*>(&overlay)) {
+            EXPECT_TRUE(menu->ChooseItem(CurveEditor::kMenuEditPoint));
+        } else if (auto* dialog = dynamic_cast<qormediaui::CurvePointEditDialog*>(&overlay)) {
+            labels = {dialog->GetLabel1(), dialog->GetLabel2()};
+            shownLevel = dialog->GetHotTextNumber2()->GetValue();
+            dialog->GetHotTextNumber1()->SetValue(2000.0);
+            dialog->GetHotTextNumber2()->SetValue(-6.0);
+            EXPECT_TRUE(dialog->PressButton(qormediaui::CurvePointEditDialog::kResponseAccept));
+        }
+    });
+    const auto at = scene.PointInWindow(1);
+    scene.window->Click(at.x, at.y, qorui::MouseButton::kRight);
+    EXPECT_EQ(labels, (std::vector<std::string>{"Frequency:", "Level:"}));
+    EXPECT_NEAR(shownLevel, scene.Graph().GetFaderTranslator().GetDecibelValue(0.5), 1e-9)
+        << "the dialog shows the level in decibels";
+    EXPECT_FLOAT_EQ(filter.GetParameterValue(12), 2000.0f / kNyquist);
+    EXPECT_FLOAT_EQ(filter.GetParameterValue(13),
+                    float(scene.Graph().GetFaderTranslator().GetNormalizedValue(-6.0)));
 }
 
 /// A panel of the editor's controls without some of them, in a folder that the library reads
