@@ -1,0 +1,126 @@
+// The reference audio side: the FFT filter per second of stereo audio at three block sizes,
+// against the bare forward and inverse transforms those blocks need (the peer: what any
+// overlap-add filter of that size must spend); the spectrum meter per second of audio; a
+// curve rebuild; a response for the graph.
+
+#include "audio/dsp/fft_filter.hpp"
+#include "audio/dsp/real_fft.hpp"
+#include "audio/dsp/spectrum_meter_dsp.hpp"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <vector>
+
+namespace {
+
+using qoraudiofilters::FFTFilter;
+
+constexpr float kRate = 48000.0f;
+constexpr std::size_t kBlock = 512;
+
+std::vector<float> Noise(std::size_t length) {
+    std::vector<float> out(length);
+    std::uint32_t x = 12345;
+    for (float& s : out) {
+        x = x * 1664525u + 1013904223u;
+        s = float(x >> 8) / float(1u << 24) - 0.5f;
+    }
+    return out;
+}
+
+// Eight points, as a user might draw them, with splines.
+void DrawCurve(FFTFilter& filter) {
+    filter.SetParameterQuietly(FFTFilter::kCurveWriteBracket, 1.0f);
+    filter.SetParameterQuietly(FFTFilter::kPointCount, 8.0f / 128.0f);
+    const double hz[] = {20, 80, 300, 1000, 3000, 8000, 15000, 24000};
+    for (int i = 0; i < 8; ++i) {
+        filter.SetParameterValue(FFTFilter::PointXIndex(i), float(hz[i] / 24000.0));
+        filter.SetParameterValue(FFTFilter::PointYIndex(i), 0.5f + 0.05f * float(i % 3));
+    }
+    filter.SetParameterQuietly(FFTFilter::kCurveWriteBracket, 0.0f);
+}
+
+void BM_FFTFilterSecondOfStereo(benchmark::State& state) {
+    const auto size = unsigned(state.range(0));
+    FFTFilter filter(kRate, 2);
+    DrawCurve(filter);
+    filter.SetParameterValue(FFTFilter::kFFTSize, FFTFilter::EncodeFFTSize(size));
+    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
+    std::vector<float> outLeft(kBlock), outRight(kBlock);
+    const float* inputs[] = {left.data(), right.data()};
+    float* outputs[] = {outLeft.data(), outRight.data()};
+    // Past the crossfade to the new size.
+    for (int i = 0; i < 300; ++i)
+        filter.Process(inputs, outputs, 2, kBlock);
+    for (auto _ : state) {
+        for (std::size_t done = 0; done < std::size_t(kRate); done += kBlock)
+            filter.Process(inputs, outputs, 2, kBlock);
+        benchmark::DoNotOptimize(outLeft.data());
+    }
+}
+BENCHMARK(BM_FFTFilterSecondOfStereo)
+    ->Arg(512)
+    ->Arg(4096)
+    ->Arg(32768)
+    ->Unit(benchmark::kMillisecond);
+
+// The peer: the transforms alone, a forward and an inverse per quarter block and channel.
+void BM_BareTransformsSecondOfStereo(benchmark::State& state) {
+    const auto size = std::size_t(state.range(0));
+    qoraudiotoolkit::real_fft_t fft(size);
+    const std::vector<float> noise = Noise(size);
+    const std::size_t hops = 2 * std::size_t(kRate) / (size / 4);
+    for (auto _ : state) {
+        for (std::size_t i = 0; i < hops; ++i) {
+            std::copy(noise.begin(), noise.end(), fft.GetTimeData());
+            fft.Forward();
+            fft.Inverse();
+        }
+        benchmark::DoNotOptimize(fft.GetTimeData());
+    }
+}
+BENCHMARK(BM_BareTransformsSecondOfStereo)
+    ->Arg(512)
+    ->Arg(4096)
+    ->Arg(32768)
+    ->Unit(benchmark::kMillisecond);
+
+void BM_SpectrumMeterSecondOfStereo(benchmark::State& state) {
+    auto meter = qorcore::MakeIntrusive<qoraudiotoolkit::SpectrumMeterDSP>(kRate, 2);
+    meter->SetFFTSizeIndex(unsigned(state.range(0)));
+    meter->SetAverageTime(0.3);
+    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
+    const float* channels[] = {left.data(), right.data()};
+    for (auto _ : state)
+        for (std::size_t done = 0; done < std::size_t(kRate); done += kBlock)
+            meter->ProcessBlock(channels, 2, kBlock);
+}
+BENCHMARK(BM_SpectrumMeterSecondOfStereo)->Arg(3)->Arg(6)->Unit(benchmark::kMillisecond);
+
+// A point moved at 32768 points with splines: new gains for 16385 bins.
+void BM_FFTFilterCurveRebuild(benchmark::State& state) {
+    FFTFilter filter(kRate, 2);
+    DrawCurve(filter);
+    filter.SetParameterValue(FFTFilter::kSplineCurves, 1.0f);
+    filter.SetParameterValue(FFTFilter::kFFTSize, FFTFilter::EncodeFFTSize(32768));
+    float y = 0.5f;
+    for (auto _ : state) {
+        y = y == 0.5f ? 0.6f : 0.5f;
+        filter.SetParameterValue(FFTFilter::PointYIndex(3), y);
+    }
+}
+BENCHMARK(BM_FFTFilterCurveRebuild)->Unit(benchmark::kMicrosecond);
+
+void BM_FFTFilterResponseForTheGraph(benchmark::State& state) {
+    FFTFilter filter(kRate, 2);
+    DrawCurve(filter);
+    std::vector<float> response;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(filter.GetResponseCurve(0, 4096, response));
+}
+BENCHMARK(BM_FFTFilterResponseForTheGraph)->Unit(benchmark::kMicrosecond);
+
+} // namespace
+
+BENCHMARK_MAIN();
