@@ -346,6 +346,14 @@ TEST(FFTFilter, FeedsTheInstalledMeterWithItsInput) {
     ASSERT_TRUE(meter->ReadSpectrum(frame));
     EXPECT_NEAR(frame.data[100], 1.0f, 0.01f) << "the meter sees the input";
     EXPECT_LT(audiotest::AmplitudeAt(out, 1171.875, kRate, 8192, 1024), 0.0011);
+    // A channel past the filter's own passes unchanged; a null input is silence.
+    std::vector<float> extra(64, 0.25f), extraOut(64, 1.0f), mono(64, 1.0f);
+    const float* inputs[] = {nullptr, extra.data(), nullptr};
+    std::vector<float> third(64, 1.0f);
+    float* outputs[] = {mono.data(), extraOut.data(), third.data()};
+    filter.Process(inputs, outputs, 3, 64);
+    EXPECT_EQ(extraOut, extra);
+    EXPECT_EQ(third, std::vector<float>(64, 0.0f));
     // Swapping hands the old meter back; none installed stops the feed.
     EXPECT_EQ(filter.SwapSpectrumMeter(nullptr), meter);
     RunThrough(filter, std::vector<float>(4800, 0.0f));

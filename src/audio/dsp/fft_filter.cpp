@@ -457,9 +457,12 @@ void FFTFilter::Process(const float* const* inputs, float* const* outputs, std::
     process_state_t& p = *process_;
     if (meter_)
         meter_->ProcessBlock(inputs, channelCount, frameCount);
-    for (std::size_t c = GetChannelCount(); c < channelCount; ++c)
-        if (outputs[c] != inputs[c])
+    for (std::size_t c = GetChannelCount(); c < channelCount; ++c) {
+        if (!inputs[c])
+            std::fill_n(outputs[c], frameCount, 0.0f);
+        else if (outputs[c] != inputs[c])
             std::copy_n(inputs[c], frameCount, outputs[c]);
+    }
     const std::size_t channels = std::min(channelCount, GetChannelCount());
 
     std::size_t done = 0;

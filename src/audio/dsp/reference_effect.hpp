@@ -21,8 +21,8 @@ public:
     std::size_t GetChannelCount() const { return channelCount_; }
 
     /// The process thread: `frameCount` samples of `channelCount` channels from `inputs` to
-    /// `outputs`. An output may be the same buffer as its input. Channels past the effect's own
-    /// count pass through unchanged. Must not lock or allocate.
+    /// `outputs`. An output may be the same buffer as its input; a null input is silence.
+    /// Channels past the effect's own count pass through unchanged. Must not lock or allocate.
     virtual void Process(const float* const* inputs, float* const* outputs,
                          std::size_t channelCount, std::size_t frameCount) = 0;
     /// The process thread: forget the signal (delay lines, overlaps), keep the settings.
