@@ -58,6 +58,8 @@ live_editor_t::live_editor_t(const qoraudiofiltersui::EffectEntry& effect,
     std::shared_ptr<qoraudiofilters::ReferenceEffect> reference =
         qafhost::CreateReferenceEffect(effect.name, kSampleRate, kChannelCount);
     if (reference) {
+        // A live editor ticks 100 times a second for as long as it is open: keep no record.
+        reference->SetRecordCalls(false);
         std::unique_ptr<qafhost::AudioSource> source;
         if (input.empty())
             source = std::make_unique<qafhost::TestSignalSource>(
@@ -73,8 +75,10 @@ live_editor_t::live_editor_t(const qoraudiofiltersui::EffectEntry& effect,
         if (!input.empty())
             throw std::runtime_error("the reference host has no effect " +
                                      std::string(effect.name) + " to play " + input + " through");
-        filter_ =
+        auto standIn =
             std::make_shared<qoraudiofilterhost::ParameterStoreFilter>(stand_in_parameters(effect));
+        standIn->SetRecordCalls(false);
+        filter_ = standIn;
     }
     view_ = qoraudiofilterhostui::AudioFilterViewFactoryRegistry::Get().CreateEditor(
         effect.GetGuidText(), filter_);

@@ -42,7 +42,8 @@ void ParameterStoreFilter::CheckIndex(int index, const char* operation) const {
 
 void ParameterStoreFilter::Record(CallKind kind, int index, float value) const {
     std::lock_guard lock(mutex_);
-    calls_.push_back({kind, index, value});
+    if (recordCalls_)
+        calls_.push_back({kind, index, value});
 }
 
 bool ParameterStoreFilter::Store(int index, float value, bool raiseDirty) {
@@ -227,6 +228,11 @@ void ParameterStoreFilter::ClearCalls() {
 void ParameterStoreFilter::SetRecordReads(bool record) {
     std::lock_guard lock(mutex_);
     recordReads_ = record;
+}
+
+void ParameterStoreFilter::SetRecordCalls(bool record) {
+    std::lock_guard lock(mutex_);
+    recordCalls_ = record;
 }
 
 std::set<int> ParameterStoreFilter::GetEditedParameters() const {

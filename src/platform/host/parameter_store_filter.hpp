@@ -97,6 +97,9 @@ public:
     std::vector<Call> GetCalls(CallKind kind) const;
     void ClearCalls();
     void SetRecordReads(bool record);
+    /// Whether writes and gestures are recorded at all; on by default, for tests. A filter
+    /// that runs for long in a host turns it off, or the record grows with every tick.
+    void SetRecordCalls(bool record);
     std::set<int> GetEditedParameters() const;
 
 private:
@@ -114,6 +117,7 @@ private:
     std::map<int, std::vector<float>> floatData_;
     double duration_ = 0.0;
     bool recordReads_ = false;
+    bool recordCalls_ = true;
     mutable std::vector<Call> calls_;
 };
 

@@ -112,6 +112,20 @@ TEST(ParameterStoreFilter, BadIndicesAndDescriptorsGiveClearErrors) {
     EXPECT_THROW(filter.SetDuration(-1.0), std::invalid_argument);
 }
 
+TEST(ParameterStoreFilter, KeepsNoRecordWhenToldTo) {
+    ParameterStoreFilter filter({{"a", 0.0f, 1.0f, 0.0f}});
+    filter.SetRecordCalls(false);
+    filter.BeginParameterEdit(0);
+    filter.SetParameterValue(0, 0.5f);
+    filter.EndParameterEdit(0);
+    EXPECT_TRUE(filter.GetCalls().empty());
+    EXPECT_FLOAT_EQ(filter.GetParameterValue(0), 0.5f) << "the values are kept all the same";
+    EXPECT_FALSE(filter.IsParameterBeingEdited(0));
+    filter.SetRecordCalls(true);
+    filter.SetParameterValue(0, 0.25f);
+    EXPECT_EQ(filter.GetCalls().size(), 1u);
+}
+
 TEST(ParameterStoreFilter, RecordsReadsOnlyWhenAsked) {
     ParameterStoreFilter filter = MakeFilter();
     (void)filter.GetParameterValue(0);
