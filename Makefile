@@ -3,7 +3,7 @@ BUILD ?= build
 CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps configure build run test bench sanitize format clean update-golden
+.PHONY: all deps configure build run test bench sanitize tsan format clean update-golden
 
 all: build
 
@@ -39,6 +39,13 @@ sanitize: deps
 	@cmake --build build-asan -j $(JOBS)
 	@ctest --test-dir build-asan --output-on-failure -j $(JOBS)
 
+# The tests that cross the audio process thread and the main thread, under the thread
+# sanitizer.
+tsan: deps
+	@cmake -S . -B build-tsan -G Ninja -DQAFUI_SANITIZE=thread -DQAFUI_BUILD_BENCH=OFF > /dev/null
+	@cmake --build build-tsan -j $(JOBS) --target audio_tests
+	@ctest --test-dir build-tsan --output-on-failure -j $(JOBS) -L audio_threads
+
 # Rewrites the golden images in tests/golden/ from the current rendering. Run it by hand after
 # a deliberate change and look at the images before committing them; CI never writes goldens.
 update-golden: build
@@ -48,4 +55,4 @@ format:
 	@find src apps tests bench -name '*.cpp' -o -name '*.hpp' | xargs clang-format -i
 
 clean:
-	@rm -rf build build-asan
+	@rm -rf build build-asan build-tsan
