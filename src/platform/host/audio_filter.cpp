@@ -56,11 +56,15 @@ std::size_t AudioFilter::ProcessPostedMessages() {
         std::lock_guard lock(mutex_);
         batch.swap(messages_);
     }
+    const std::size_t count = batch.size();
     for (auto& message : batch) {
         message->ExecuteOnProcessThread();
-        qorcore::PostToMainThread([message] { message->ExecuteOnMainThread(); });
+        // The main thread's task takes the only reference, so a message (and the meter it may
+        // hold) is never released here on the process thread.
+        qorcore::PostToMainThread(
+            [message = std::move(message)] { message->ExecuteOnMainThread(); });
     }
-    return batch.size();
+    return count;
 }
 
 std::size_t AudioFilter::GetPostedMessageCount() const {
