@@ -94,22 +94,6 @@ std::vector<std::pair<double, double>> ReadCurvePoints(const dictionary_t& cell)
     return points;
 }
 
-void WithDictionary(const dictionary_t& arguments, name_t key,
-                    const qormarltess::FactoryToken& token,
-                    std::function<void(const dictionary_t&)> apply) {
-    const auto found = arguments.find(key);
-    if (found == arguments.end())
-        return;
-    if (found->second.is<name_t>()) {
-        token.GetAssemblage().BindView(found->second.cast<name_t>(),
-                                       [apply = std::move(apply)](const any_regular_t& value) {
-                                           apply(value.cast<dictionary_t>());
-                                       });
-        return;
-    }
-    apply(found->second.cast<dictionary_t>());
-}
-
 void BindEnabled(const qormarltess::FactoryToken& token, name_t cell,
                  std::function<void(bool)> view) {
     if (cell)

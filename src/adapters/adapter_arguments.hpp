@@ -3,6 +3,7 @@
 #include "core/any_regular.hpp"
 #include "platform/core/color_rgba.hpp"
 #include "platform/tess/factory_token.hpp"
+#include "platform/tess/tess_widgets.hpp"
 
 #include <functional>
 #include <string>
@@ -44,12 +45,8 @@ qorcore::ColorRGBA ToColor(const vorlen::dictionary_t& color);
 /// "dictionary_t: key 'curve_points' not found"; a pair of another length `std::runtime_error`.
 std::vector<std::pair<double, double>> ReadCurvePoints(const vorlen::dictionary_t& cell);
 
-/// A dictionary argument given in place, or as the name of a cell whose value is a dictionary.
-/// `apply` runs with the dictionary now and, for a cell, again with every later value. A cell
-/// that no sheet has raises `std::logic_error` "no cell named 'x' to bind".
-void WithDictionary(const vorlen::dictionary_t& arguments, vorlen::name_t key,
-                    const qormarltess::FactoryToken& token,
-                    std::function<void(const vorlen::dictionary_t&)> apply);
+/// A dictionary argument given in place or as a watched `@cell`: the engine's own reader.
+using qormarltess::widget_support::WithDictionary;
 
 /// Whether a control of an input cell should take input: calls `view` now and whenever that
 /// changes. Nothing for an empty name or an output.

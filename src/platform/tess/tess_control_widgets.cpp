@@ -62,23 +62,6 @@ void ShowNumber(qorui::UI_ControlView& control, const any_regular_t& value) {
         throw std::runtime_error("value must be bound to either a number or an empty_t");
 }
 
-/// Reads a dictionary argument given in place or as the name of a cell whose later values
-/// apply too.
-template <typename Apply>
-void WithDictionary(const dictionary_t& arguments, name_t key, const FactoryToken& token,
-                    Apply apply) {
-    const auto found = arguments.find(key);
-    if (found == arguments.end())
-        return;
-    if (found->second.template is<name_t>()) {
-        token.GetAssemblage().BindView(
-            found->second.template cast<name_t>(),
-            [apply](const any_regular_t& value) { apply(value.template cast<dictionary_t>()); });
-        return;
-    }
-    apply(found->second.template cast<dictionary_t>());
-}
-
 /// Two-state controls (checkbox, toggle button): the cell holds a boolean.
 void BindOnOff(qorui::UI_Button& control, name_t cell, const FactoryToken& token) {
     if (!cell)

@@ -58,6 +58,21 @@ std::pair<int, int> TextSize(std::string_view text, const qorui::penrig::Font& f
     return {int(std::ceil(metrics.width)), int(std::ceil(metrics.height))};
 }
 
+void WithDictionary(const dictionary_t& arguments, name_t key, const FactoryToken& token,
+                    std::function<void(const dictionary_t&)> apply) {
+    const auto found = arguments.find(key);
+    if (found == arguments.end())
+        return;
+    if (found->second.is<name_t>()) {
+        token.GetAssemblage().BindView(found->second.cast<name_t>(),
+                                       [apply = std::move(apply)](const any_regular_t& value) {
+                                           apply(value.cast<dictionary_t>());
+                                       });
+        return;
+    }
+    apply(found->second.cast<dictionary_t>());
+}
+
 void BindEnabled(const FactoryToken& token, name_t cell, UI_Node* node) {
     if (!cell || !node)
         return;

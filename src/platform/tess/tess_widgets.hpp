@@ -4,6 +4,7 @@
 #include "platform/draw/font.hpp"
 #include "platform/tess/ui_tess_node_adapter_base.hpp"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -36,6 +37,13 @@ bool IsOn(const vorlen::any_regular_t& value);
 std::string DisplayText(const vorlen::any_regular_t& value);
 /// The size a line of text takes in the font, in whole pixels.
 std::pair<int, int> TextSize(std::string_view text, const qorui::penrig::Font& font);
+/// A dictionary argument given in place, or as the name of a cell whose value is a dictionary.
+/// `apply` runs with the dictionary now and, for a cell, again with every later value. A cell
+/// that no sheet has raises `std::logic_error` "no cell named 'x' to bind"; another type
+/// raises `bad_cast`.
+void WithDictionary(const vorlen::dictionary_t& arguments, vorlen::name_t key,
+                    const FactoryToken& token,
+                    std::function<void(const vorlen::dictionary_t&)> apply);
 /// Enables `node` while the input `cell` counts (nothing for cells that are no inputs).
 void BindEnabled(const FactoryToken& token, vorlen::name_t cell, UI_Node* node);
 
