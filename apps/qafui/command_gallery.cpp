@@ -2,6 +2,7 @@
 // looks, into DIR with an index.html page that shows them side by side.
 
 #include "command.hpp"
+#include "editor_options.hpp"
 #include "live_editor.hpp"
 
 #include "framework/effect_catalogue.hpp"
@@ -38,19 +39,6 @@ const char usage_text[] =
     "  --seconds S    how long each effect runs before its picture, 0 to 60 (default 1)\n";
 
 constexpr qorui::skins::Skin kLooks[] = {qorui::skins::Skin::kClassic, qorui::skins::Skin::kV7};
-
-bool ParseSeconds(const std::string& text, double& seconds) {
-    try {
-        std::size_t used = 0;
-        const double value = std::stod(text, &used);
-        if (used != text.size() || !std::isfinite(value) || value < 0.0 || value > 60.0)
-            return false;
-        seconds = value;
-        return true;
-    } catch (const std::exception&) {
-        return false;
-    }
-}
 
 std::string Escape(const std::string& text) {
     std::string out;
@@ -132,32 +120,15 @@ void WriteIndex(const std::filesystem::path& folder, const std::vector<entry_t>&
 }
 
 int run(const command_t& command, const std::vector<std::string>& arguments) {
-    std::string output;
-    float scale = 1.0f;
-    double seconds = 1.0;
-    for (std::size_t i = 0; i != arguments.size(); ++i) {
-        const std::string& argument = arguments[i];
-        auto next = [&]() -> const std::string* {
-            return i + 1 < arguments.size() ? &arguments[++i] : nullptr;
-        };
-        if (argument == "-o") {
-            const std::string* value = next();
-            if (!value || value->empty())
-                return usage_error(command, "-o needs a folder");
-            output = *value;
-        } else if (argument == "--scale") {
-            const std::string* value = next();
-            if (!value || (*value != "1" && *value != "2"))
-                return usage_error(command, "--scale takes 1 or 2");
-            scale = *value == "2" ? 2.0f : 1.0f;
-        } else if (argument == "--seconds") {
-            const std::string* value = next();
-            if (!value || !ParseSeconds(*value, seconds))
-                return usage_error(command, "--seconds takes a number of seconds from 0 to 60");
-        } else {
-            return usage_error(command, "unexpected argument '" + argument + "'");
-        }
-    }
+    editor_options_t options;
+    options.seconds = 1.0;
+    const editor_option_rules_t rules{
+        .effect = false, .output = "folder", .input = false, .skin = false, .max_seconds = 60.0};
+    if (const std::string error = read_editor_options(arguments, rules, options); !error.empty())
+        return usage_error(command, error);
+    const std::string& output = options.output;
+    const float scale = options.scale;
+    const double seconds = options.seconds;
     if (output.empty())
         return usage_error(command, "no output folder given (-o DIR)");
     const std::filesystem::path folder(output);

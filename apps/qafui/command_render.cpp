@@ -5,6 +5,7 @@
 // the effect's.
 
 #include "command.hpp"
+#include "editor_options.hpp"
 #include "live_editor.hpp"
 
 #include "framework/effect_catalogue.hpp"
@@ -40,64 +41,18 @@ const char usage_text[] =
     "  --seconds S    how long the effect runs before the picture, 0 to 600 (default 1)\n"
     "  --input FILE   an audio file to play in place of the test signal\n";
 
-/// Seconds as an option takes them: a number from 0 to 600.
-bool ParseSeconds(const std::string& text, double& seconds) {
-    try {
-        std::size_t used = 0;
-        const double value = std::stod(text, &used);
-        if (used != text.size() || !std::isfinite(value) || value < 0.0 || value > 600.0)
-            return false;
-        seconds = value;
-        return true;
-    } catch (const std::exception&) {
-        return false;
-    }
-}
-
 int run(const command_t& command, const std::vector<std::string>& arguments) {
-    std::string effectName;
-    std::string output;
-    std::string input;
-    float scale = 1.0f;
-    double seconds = 1.0;
-    auto skin = qorui::skins::Skin::kClassic;
-    for (std::size_t i = 0; i != arguments.size(); ++i) {
-        const std::string& argument = arguments[i];
-        auto next = [&]() -> const std::string* {
-            return i + 1 < arguments.size() ? &arguments[++i] : nullptr;
-        };
-        if (argument == "-o") {
-            const std::string* value = next();
-            if (!value)
-                return usage_error(command, "-o needs a file");
-            output = *value;
-        } else if (argument == "--scale") {
-            const std::string* value = next();
-            if (!value || (*value != "1" && *value != "2"))
-                return usage_error(command, "--scale takes 1 or 2");
-            scale = *value == "2" ? 2.0f : 1.0f;
-        } else if (argument == "--skin") {
-            const std::string* value = next();
-            if (!value || (*value != "classic" && *value != "v7"))
-                return usage_error(command, "--skin takes classic or v7");
-            skin = *value == "v7" ? qorui::skins::Skin::kV7 : qorui::skins::Skin::kClassic;
-        } else if (argument == "--seconds") {
-            const std::string* value = next();
-            if (!value || !ParseSeconds(*value, seconds))
-                return usage_error(command, "--seconds takes a number of seconds from 0 to 600");
-        } else if (argument == "--input") {
-            const std::string* value = next();
-            if (!value || value->empty())
-                return usage_error(command, "--input needs a file");
-            input = *value;
-        } else if (!argument.empty() && argument[0] == '-') {
-            return usage_error(command, "unknown option '" + argument + "'");
-        } else if (effectName.empty()) {
-            effectName = argument;
-        } else {
-            return usage_error(command, "one EFFECT only");
-        }
-    }
+    editor_options_t options;
+    options.seconds = 1.0;
+    const editor_option_rules_t rules{.output = "file"};
+    if (const std::string error = read_editor_options(arguments, rules, options); !error.empty())
+        return usage_error(command, error);
+    const std::string& effectName = options.effect;
+    const std::string& output = options.output;
+    const std::string& input = options.input;
+    const float scale = options.scale;
+    const double seconds = options.seconds;
+    const auto skin = options.skin;
     if (effectName.empty())
         return usage_error(command, "no EFFECT given");
     if (output.empty())
