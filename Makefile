@@ -11,7 +11,7 @@ deps:
 	@./scripts/install-deps.sh
 
 configure: deps
-	@cmake -S . -B $(BUILD) -G Ninja $(CMAKE_FLAGS) > /dev/null
+	@cmake -S . -B $(BUILD) -G Ninja -DQAFUI_WERROR=ON $(CMAKE_FLAGS) > /dev/null
 
 build: configure
 	@cmake --build $(BUILD) -j $(JOBS)
@@ -22,8 +22,8 @@ run: build
 	@if [ -n "$$DISPLAY" ]; then \
 	  $(BUILD)/apps/qafui/qafui open FFTFilter; \
 	else \
-	  $(BUILD)/apps/qafui/qafui gallery -o $(BUILD)/gallery && \
-	  echo "open $(BUILD)/gallery/index.html to see them"; \
+	  $(BUILD)/apps/qafui/qafui gallery -o $(BUILD)/gallery; \
+	  echo "open $(BUILD)/gallery/index.html to see them (editors not yet ready are listed there)"; \
 	fi
 
 test: build
@@ -34,7 +34,7 @@ bench: build
 
 # The engine's tests under address and undefined-behaviour sanitizers.
 sanitize: deps
-	@cmake -S . -B build-asan -G Ninja -DQAFUI_CORE_ONLY=ON \
+	@cmake -S . -B build-asan -G Ninja -DQAFUI_CORE_ONLY=ON -DQAFUI_WERROR=ON \
 	  -DQAFUI_SANITIZE=address,undefined -DCMAKE_BUILD_TYPE=Debug > /dev/null
 	@cmake --build build-asan -j $(JOBS)
 	@ctest --test-dir build-asan --output-on-failure -j $(JOBS)
@@ -42,7 +42,8 @@ sanitize: deps
 # The tests that cross the audio process thread and the main thread, under the thread
 # sanitizer.
 tsan: deps
-	@cmake -S . -B build-tsan -G Ninja -DQAFUI_SANITIZE=thread -DQAFUI_BUILD_BENCH=OFF > /dev/null
+	@cmake -S . -B build-tsan -G Ninja -DQAFUI_SANITIZE=thread -DQAFUI_BUILD_BENCH=OFF \
+	  -DQAFUI_WERROR=ON > /dev/null
 	@cmake --build build-tsan -j $(JOBS) --target audio_tests
 	@ctest --test-dir build-tsan --output-on-failure -j $(JOBS) -L audio_threads
 

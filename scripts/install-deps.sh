@@ -12,6 +12,7 @@ packages=(
   libfftw3-dev libebur128-dev libsndfile1-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev xvfb
   libmuparser-dev
+  nlohmann-json3-dev
 )
 
 missing=()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ struct command_registration_t {
 };
 
 const std::vector<command_t>& commands();
+
+/// The program's own usage with the list of commands.
+void print_usage(std::ostream& out);
 
 /// Reports a usage error for `command` and returns the exit status for it.
 int usage_error(const command_t& command, const std::string& message);

@@ -3,7 +3,7 @@
 
 #include "command.hpp"
 #include "editor_options.hpp"
-#include "live_editor.hpp"
+#include "headless_editor.hpp"
 
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
@@ -30,8 +30,10 @@ const char usage_text[] =
     "\n"
     "Renders the editor of every effect whose editor exists, in the classic and the v7\n"
     "look, as NAME-classic.png and NAME-v7.png in DIR (made if missing), and writes\n"
-    "DIR/index.html showing them with the effects still to come. Effects of the\n"
-    "reference host run S seconds of virtual time on the test signal first.\n"
+    "DIR/index.html showing them. Effects of the reference host run S seconds of\n"
+    "virtual time on the test signal first. An editor that can't be shown (its class\n"
+    "pending, resources missing) is skipped with its reason on the page and on standard\n"
+    "error, and the status is then 1.\n"
     "\n"
     "options:\n"
     "  -o DIR         the folder to write\n"
@@ -63,19 +65,13 @@ struct entry_t {
 };
 
 /// Renders one editor in the current look into `path`; returns its width.
-int Render(const qoraudiofiltersui::EffectEntry& effect, float scale, double seconds,
+int Render(const qoraudiofiltersui::EffectEntry& effect, const editor_options_t& options,
            const std::filesystem::path& path) {
-    live_editor_t editor(effect, qafhost::ProcessHost::Clock::kVirtual, {});
-    const auto size = editor.view()->GetFrame();
-    qorui::HeadlessWindow window(std::max(1.0f, size.width), std::max(1.0f, size.height), scale);
-    window.SetBackgroundColor(qorui::skins::GetContentBackgroundColor());
-    window.AddNode(editor.view());
-    editor.run(seconds, [&](double step) { window.AdvanceTime(step); });
-    window.AdvanceTime(0.05);
-    window.RenderAll();
-    window.WritePNG(path.string());
-    window.GetRoot()->RemoveAllChildren();
-    return int(std::ceil(size.width));
+    headless_editor_t session(effect, options);
+    session.run();
+    session.window().RenderAll();
+    session.window().WritePNG(path.string());
+    return int(std::ceil(session.editor().view()->GetFrame().width));
 }
 
 void WriteIndex(const std::filesystem::path& folder, const std::vector<entry_t>& entries,
@@ -122,13 +118,16 @@ void WriteIndex(const std::filesystem::path& folder, const std::vector<entry_t>&
 int run(const command_t& command, const std::vector<std::string>& arguments) {
     editor_options_t options;
     options.seconds = 1.0;
-    const editor_option_rules_t rules{
-        .effect = false, .output = "folder", .input = false, .skin = false, .max_seconds = 60.0};
+    const editor_option_rules_t rules{.effect = false,
+                                      .output = "folder",
+                                      .input = false,
+                                      .skin = false,
+                                      .max_seconds = 60.0,
+                                      .parameters = false};
     if (const std::string error = read_editor_options(arguments, rules, options); !error.empty())
         return usage_error(command, error);
     const std::string& output = options.output;
     const float scale = options.scale;
-    const double seconds = options.seconds;
     if (output.empty())
         return usage_error(command, "no output folder given (-o DIR)");
     const std::filesystem::path folder(output);
@@ -144,19 +143,20 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
     qoraudiofiltersui::Initialize(&supplier);
     int status = 0;
     std::vector<entry_t> entries;
+    std::vector<std::string> skipped;
     for (const auto& effect : qoraudiofiltersui::GetEffectCatalogue()) {
         entry_t entry{&effect, {}, {}, {}};
-        if (!qoraudiofiltersui::IsEditorClassBuilt(effect)) {
-            entry.note = "its view class is not built yet";
-        } else if (!has_editor_resources(effect)) {
-            entry.note = "its resources are not in the library yet";
+        if (const editor_readiness_t readiness = check_editor(effect);
+            readiness.status != editor_readiness_t::status_t::ready) {
+            entry.note = "skipped: " + readiness.reason();
+            skipped.push_back(std::string(effect.name) + ": " + readiness.reason());
         } else {
             for (const qorui::skins::Skin skin : kLooks) {
                 const qorui::skins::ScopedSkin look(skin);
                 const std::string name = std::string(effect.name) + "-" +
                                          std::string(qorui::skins::GetSkinName(skin)) + ".png";
                 try {
-                    entry.widths.push_back(Render(effect, scale, seconds, folder / name));
+                    entry.widths.push_back(Render(effect, options, folder / name));
                     entry.pictures.push_back(name);
                 } catch (const std::exception& failure) {
                     std::cerr << "qafui gallery: " << effect.name << " ("
@@ -171,6 +171,15 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
                 std::cout << effect.name << ": " << entry.pictures.size() << " pictures\n";
         }
         entries.push_back(std::move(entry));
+    }
+    // An editor that can't be shown yet is named with its reason, and the whole run fails, so
+    // that a gallery never looks complete when it is not.
+    for (const std::string& line : skipped)
+        std::cerr << "qafui gallery: skipped " << line << "\n";
+    if (!skipped.empty()) {
+        std::cerr << "qafui gallery: " << skipped.size() << " of " << entries.size()
+                  << " editors skipped\n";
+        status = 1;
     }
     try {
         WriteIndex(folder, entries, scale);

@@ -1,5 +1,5 @@
-// qafui layout FILE [--width W] [--height H]: solves a layout script with every widget a box of
-// its `width` and `height` arguments and prints the report of the placed tree.
+// qafui layout FILE [--width W] [--height H] [--guides]: solves a layout script with every widget a
+// box of its `width` and `height` arguments and prints the report of the placed tree.
 
 #include "command.hpp"
 #include "script_files.hpp"
@@ -24,7 +24,7 @@ namespace qafui::cli {
 namespace {
 
 const char usage_text[] =
-    "usage: qafui layout FILE [--width W] [--height H]\n"
+    "usage: qafui layout FILE [--width W] [--height H] [--guides]\n"
     "\n"
     "Reads a layout script (.tss), makes every widget a box whose natural size is its\n"
     "`width` and `height` arguments (0 when absent), solves the layout and prints the\n"
@@ -33,9 +33,12 @@ const char usage_text[] =
     "options:\n"
     "  --width W    solve for a root width of W pixels (0, the default: the natural width)\n"
     "  --height H   solve for a root height of H pixels (0, the default: the natural height)\n"
+    "  --guides     adds to each line the guides (label edges) and baselines the widget\n"
+    "               exports once placed, as offsets from its near edge\n"
     "\n"
     "`layout_script` inserts the file IDENTIFIER.tss found next to FILE (also in upper or\n"
-    "lower case).\n";
+    "lower case). A widget's `guides` and `baselines` arguments (arrays of offsets from\n"
+    "its left or top edge) give its box guides to align by.\n";
 
 bool read_length(const std::string& text, std::int32_t& out) {
     const char* end = text.data() + text.size();
@@ -47,9 +50,12 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
     std::string file;
     std::int32_t width = 0;
     std::int32_t height = 0;
+    bool guides = false;
     for (std::size_t i = 0; i != arguments.size(); ++i) {
         const std::string& argument = arguments[i];
-        if (argument == "--width" || argument == "--height") {
+        if (argument == "--guides") {
+            guides = true;
+        } else if (argument == "--width" || argument == "--height") {
             if (i + 1 == arguments.size())
                 return usage_error(command, argument + " needs a number");
             if (!read_length(arguments[++i], argument == "--width" ? width : height))
@@ -79,7 +85,7 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
             vorlen::parse_layout_script(*text, vorlen::name_t(file.c_str()), options);
         vorlen::box_layout_t layout(description.view);
         layout.solve(width, height);
-        std::cout << layout.report();
+        std::cout << layout.report(guides);
     } catch (const std::exception& error) {
         std::cerr << "qafui layout: " << vorlen::format_stream_error(error) << "\n";
         return 1;

@@ -1,9 +1,12 @@
 // qafui list: the 36 effects whose editors the library registers, one a line: name, class GUID,
-// kind (G, L, S, X) and the resources the editor reads.
+// kind (G, L, S, X), whether the editor is ready, and the resources it reads.
 
 #include "command.hpp"
+#include "live_editor.hpp"
 
 #include "framework/effect_catalogue.hpp"
+#include "framework/library.hpp"
+#include "platform/draw/cairo_supplier.hpp"
 
 #include <iomanip>
 #include <iostream>
@@ -17,32 +20,50 @@ namespace {
 const char usage_text[] =
     "usage: qafui list\n"
     "\n"
-    "Prints the effects whose editors the library registers, one a line:\n"
-    "name, class GUID, kind and resources. Kinds: G generic sheet and layout,\n"
-    "L layout only, S a sheet-driven class of its own, X an archived-node\n"
-    "class. An editor marked \"(pending)\" answers with an empty editor until\n"
-    "its view class is built.\n";
+    "Prints the effects whose editors the library registers, one a line: name, class\n"
+    "GUID, kind, state and resources. Kinds: G generic sheet and layout, L layout only,\n"
+    "S a sheet-driven class of its own, X an archived-node class. States: ready (render,\n"
+    "describe and open show it), pending (its view class is not built yet) or missing\n"
+    "(followed by the resources the library lacks).\n";
+
+const char* state_name(editor_readiness_t::status_t status) {
+    switch (status) {
+    case editor_readiness_t::status_t::ready: return "ready";
+    case editor_readiness_t::status_t::pending: return "pending";
+    case editor_readiness_t::status_t::missing_resources: return "missing";
+    }
+    return "?";
+}
 
 int run(const command_t& command, const std::vector<std::string>& arguments) {
     if (!arguments.empty())
         return usage_error(command, "unexpected argument '" + arguments.front() + "'");
-    int pending = 0;
+    const qorui::penrig::CairoSupplier supplier(1.0f);
+    qoraudiofiltersui::Initialize(&supplier);
+    int counts[3] = {0, 0, 0};
     for (const auto& effect : qoraudiofiltersui::GetEffectCatalogue()) {
-        const bool built = qoraudiofiltersui::IsEditorClassBuilt(effect);
-        pending += built ? 0 : 1;
+        const editor_readiness_t readiness = check_editor(effect);
+        ++counts[int(readiness.status)];
         std::cout << std::left << std::setw(24) << effect.name << effect.GetGuidText() << "  "
-                  << char(effect.kind) << "  " << effect.resources << (built ? "" : "  (pending)")
-                  << "\n";
+                  << char(effect.kind) << "  " << std::setw(8) << state_name(readiness.status)
+                  << effect.resources;
+        if (!readiness.missing.empty()) {
+            std::cout << "  (missing";
+            for (const std::string& name : readiness.missing)
+                std::cout << " " << name;
+            std::cout << ")";
+        }
+        std::cout << "\n";
     }
-    if (pending != 0)
-        std::cout << "# " << pending
-                  << " editors marked (pending) answer with an empty editor until their view "
-                     "class is built\n";
+    std::cout << "# " << counts[0] << " ready, " << counts[1] << " pending, " << counts[2]
+              << " missing resources\n";
+    qoraudiofiltersui::Terminate();
     return 0;
 }
 
 const command_registration_t registration(command_t{
-    "list", "list the effects with their class GUIDs, kinds and resources", usage_text, &run});
+    "list", "list the effects with their class GUIDs, kinds, states and resources", usage_text,
+    &run});
 
 } // namespace
 

@@ -1,11 +1,13 @@
-// qafui open EFFECT [--scale 1|2] [--skin classic|v7] [--input FILE] [--seconds S]: shows an
-// effect's editor in a window, bound to the reference effect running in real time on the test
-// signal (or a file), until the window is closed.
+// qafui open EFFECT [--scale 1|2] [--skin classic|v7] [--input FILE] [--seconds S] [--play]
+// [--stats]: shows an effect's editor in a window, bound to the reference effect running in real
+// time on the test signal (or a file), until the window is closed; with --play it is heard.
 
 #include "command.hpp"
 #include "editor_options.hpp"
 #include "live_editor.hpp"
 
+#include "audio/host/reference_effects.hpp"
+#include "audio/host/sound_output.hpp"
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
 #include "platform/core/connection.hpp"
@@ -15,12 +17,19 @@
 
 #include <SDL.h>
 
+#include <time.h>
+
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <exception>
+#include <iomanip>
 #include <iostream>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qafui::cli {
@@ -29,6 +38,7 @@ namespace {
 
 const char usage_text[] =
     "usage: qafui open EFFECT [--scale 1|2] [--skin classic|v7] [--input FILE] [--seconds S]\n"
+    "                  [--param I=V]... [--value I=X]... [--play] [--stats]\n"
     "\n"
     "Opens the editor of EFFECT (a name or class GUID of `qafui list`) in a window. An\n"
     "effect of the reference host runs in real time on the test signal (or FILE), so its\n"
@@ -39,9 +49,80 @@ const char usage_text[] =
     "  --scale S      1 (the default) or 2\n"
     "  --skin LOOK    classic (the default) or v7\n"
     "  --input FILE   an audio file to play in place of the test signal\n"
-    "  --seconds S    close the window by itself after S seconds\n";
+    "  --seconds S    close the window by itself after S seconds\n"
+    "  --param I=V    sets parameter I (an index or a name) to the normalised value V\n"
+    "                 (0 to 1) before the editor opens; may be repeated\n"
+    "  --value I=X    the same with X in the parameter's own unit\n"
+    "  --play         plays the effect's output on the sound device; without one the editor\n"
+    "                 opens all the same, silent\n"
+    "  --stats        prints once a second the sound device's underruns and the load of\n"
+    "                 the process thread and of the window (their CPU time / real time)\n";
 
-int run(const command_t& command, const std::vector<std::string>& arguments) {
+// CPU time the calling thread has used, in seconds.
+double thread_cpu_seconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) + double(now.tv_nsec) * 1e-9;
+}
+
+// Once a second: underruns so far, and each thread's CPU time over the last second of real time.
+class load_report_t {
+public:
+    explicit load_report_t(const qafhost::SoundOutput* sound) : sound_(sound) {}
+
+    /// The process thread, after every block: no lock, no allocation.
+    void note_process_thread() { process_.store(thread_cpu_seconds(), std::memory_order_relaxed); }
+
+    /// The main thread, as often as it likes; prints when a second has passed.
+    void tick() {
+        const auto now = std::chrono::steady_clock::now();
+        const double window = thread_cpu_seconds();
+        const double process = process_.load(std::memory_order_relaxed);
+        if (!started_) {
+            started_ = true;
+            last_ = now;
+            last_window_ = window;
+            last_process_ = process;
+            return;
+        }
+        const double real = std::chrono::duration<double>(now - last_).count();
+        if (real < 1.0)
+            return;
+        std::cout << "underruns ";
+        if (sound_)
+            std::cout << sound_->GetUnderrunCount();
+        else
+            std::cout << "-";
+        std::cout << std::fixed << std::setprecision(1) << ", process thread "
+                  << 100.0 * (process - last_process_) / real << " %, window "
+                  << 100.0 * (window - last_window_) / real << " %" << std::endl;
+        last_ = now;
+        last_window_ = window;
+        last_process_ = process;
+    }
+
+private:
+    const qafhost::SoundOutput* sound_;
+    std::atomic<double> process_{0.0};
+    bool started_ = false;
+    std::chrono::steady_clock::time_point last_;
+    double last_window_ = 0.0;
+    double last_process_ = 0.0;
+};
+
+int run(const command_t& command, const std::vector<std::string>& all_arguments) {
+    // --play and --stats are this command's alone; the rest are the editors' shared options.
+    bool play = false;
+    bool stats = false;
+    std::vector<std::string> arguments;
+    for (const std::string& argument : all_arguments) {
+        if (argument == "--play")
+            play = true;
+        else if (argument == "--stats")
+            stats = true;
+        else
+            arguments.push_back(argument);
+    }
     editor_options_t options;
     const editor_option_rules_t rules{.max_seconds = 86400.0, .zero_seconds = false};
     if (const std::string error = read_editor_options(arguments, rules, options); !error.empty())
@@ -59,12 +140,43 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
         return 1;
     }
 
+    // The device comes first and goes last: the host's tap feeds it until the host stops.
+    std::unique_ptr<qafhost::SoundOutput> sound;
+    if (play) {
+        const std::vector<std::string> names = qafhost::GetReferenceEffectNames();
+        if (std::find(names.begin(), names.end(), effect->name) == names.end()) {
+            std::cerr << "qafui open: " << effect->name
+                      << ": the reference host has no DSP for this effect; the editor opens "
+                         "without sound\n";
+        } else {
+            try {
+                sound = std::make_unique<qafhost::SoundOutput>(live_editor_t::kSampleRate,
+                                                               live_editor_t::kChannelCount);
+            } catch (const std::exception& error) {
+                std::cerr << "qafui open: no sound device (" << error.what()
+                          << "); the editor opens without sound\n";
+            }
+        }
+    }
+    load_report_t report(sound.get());
+    qafhost::ProcessHost::OutputTap tap;
+    if (sound || stats)
+        tap = [out = sound.get(), &report, stats](const float* const* channels,
+                                                  std::size_t channel_count,
+                                                  std::size_t frame_count) {
+            if (out)
+                out->Push(channels, channel_count, frame_count);
+            if (stats)
+                report.note_process_thread();
+        };
+
     const qorui::skins::ScopedSkin look(skin);
     const qorui::penrig::CairoSupplier supplier(scale);
     qoraudiofiltersui::Initialize(&supplier);
     int status = 0;
     try {
-        live_editor_t editor(*effect, qafhost::ProcessHost::Clock::kRealTime, input);
+        live_editor_t editor(*effect, qafhost::ProcessHost::Clock::kRealTime, input,
+                             options.parameters, std::move(tap));
         const auto size = editor.view()->GetFrame();
         qorui::SdlWindow window(std::string("qafui - ") + effect->name,
                                 std::max(1, int(std::ceil(size.width))),
@@ -85,6 +197,8 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
                 .count();
         };
         while (window.ProcessEvents(50)) {
+            if (stats)
+                report.tick();
             if (closeAfter > 0.0 && elapsed() >= closeAfter)
                 window.RequestClose();
         }

@@ -6,13 +6,9 @@
 
 #include "command.hpp"
 #include "editor_options.hpp"
-#include "live_editor.hpp"
+#include "headless_editor.hpp"
 
 #include "framework/effect_catalogue.hpp"
-#include "framework/library.hpp"
-#include "platform/draw/cairo_supplier.hpp"
-#include "platform/ui/headless_window.hpp"
-#include "platform/ui/skins.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -27,7 +23,7 @@ namespace {
 
 const char usage_text[] =
     "usage: qafui render EFFECT -o PNG [--scale 1|2] [--skin classic|v7] [--seconds S]\n"
-    "                    [--input FILE]\n"
+    "                    [--input FILE] [--param I=V]... [--value I=X]... [--events FILE]\n"
     "\n"
     "Draws the editor of EFFECT (a name or class GUID of `qafui list`) in a headless\n"
     "window at its natural size and writes it to PNG. An effect of the reference host\n"
@@ -39,23 +35,24 @@ const char usage_text[] =
     "  --scale S      1 (the default) or 2\n"
     "  --skin LOOK    classic (the default) or v7\n"
     "  --seconds S    how long the effect runs before the picture, 0 to 600 (default 1)\n"
-    "  --input FILE   an audio file to play in place of the test signal\n";
+    "  --input FILE   an audio file to play in place of the test signal\n"
+    "  --param I=V    sets parameter I (an index or a name) to the normalised value V\n"
+    "                 (0 to 1) before the editor opens; may be repeated\n"
+    "  --value I=X    the same with X in the parameter's own unit (--value 4=1000 for\n"
+    "                 1000 Hz)\n"
+    "  --events FILE  replays the events of FILE (one a line: click, drag, key, ...; see\n"
+    "                 qafui describe --help) before the picture\n";
 
 int run(const command_t& command, const std::vector<std::string>& arguments) {
     editor_options_t options;
     options.seconds = 1.0;
-    const editor_option_rules_t rules{.output = "file"};
+    const editor_option_rules_t rules{.output = "file", .events = true};
     if (const std::string error = read_editor_options(arguments, rules, options); !error.empty())
         return usage_error(command, error);
     const std::string& effectName = options.effect;
-    const std::string& output = options.output;
-    const std::string& input = options.input;
-    const float scale = options.scale;
-    const double seconds = options.seconds;
-    const auto skin = options.skin;
     if (effectName.empty())
         return usage_error(command, "no EFFECT given");
-    if (output.empty())
+    if (options.output.empty())
         return usage_error(command, "no output file given (-o PNG)");
     const qoraudiofiltersui::EffectEntry* effect = qoraudiofiltersui::FindEffect(effectName);
     if (!effect) {
@@ -63,29 +60,10 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
         return 1;
     }
 
-    const qorui::skins::ScopedSkin look(skin);
-    const qorui::penrig::CairoSupplier supplier(scale);
-    qoraudiofiltersui::Initialize(&supplier);
-    int status = 0;
-    try {
-        live_editor_t editor(*effect, qafhost::ProcessHost::Clock::kVirtual, input);
-        const auto size = editor.view()->GetFrame();
-        qorui::HeadlessWindow window(std::max(1.0f, size.width), std::max(1.0f, size.height),
-                                     scale);
-        window.SetBackgroundColor(qorui::skins::GetContentBackgroundColor());
-        window.AddNode(editor.view());
-        editor.run(seconds, [&](double step) { window.AdvanceTime(step); });
-        // The editor's first ticks, even when no audio ran.
-        window.AdvanceTime(0.05);
-        window.RenderAll();
-        window.WritePNG(output);
-        window.GetRoot()->RemoveAllChildren();
-    } catch (const std::exception& error) {
-        std::cerr << "qafui render: " << effect->name << ": " << error.what() << "\n";
-        status = 1;
-    }
-    qoraudiofiltersui::Terminate();
-    return status;
+    return with_headless_editor("render", *effect, options, [&](headless_editor_t& session) {
+        session.window().RenderAll();
+        session.window().WritePNG(options.output);
+    });
 }
 
 const command_registration_t registration(command_t{

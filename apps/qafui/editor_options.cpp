@@ -1,5 +1,8 @@
 #include "editor_options.hpp"
 
+#include "audio/host/process_host.hpp"
+
+#include <charconv>
 #include <cmath>
 #include <exception>
 #include <sstream>
@@ -22,6 +25,17 @@ bool read_seconds(const std::string& text, const editor_option_rules_t& rules, d
     }
 }
 
+bool read_block(const std::string& text, std::size_t& block) {
+    std::size_t value = 0;
+    const char* end = text.data() + text.size();
+    const auto [ptr, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || ptr != end || value == 0 ||
+        value > qafhost::ProcessHost::kMaxBlockSize)
+        return false;
+    block = value;
+    return true;
+}
+
 std::string seconds_rule(const editor_option_rules_t& rules) {
     if (!rules.zero_seconds)
         return "--seconds takes a positive number of seconds";
@@ -42,12 +56,26 @@ std::string read_editor_options(const std::vector<std::string>& arguments,
         auto take = [&] {
             ++i;
         };
-        if (argument == "-o" && takesOutput) {
+        if (argument == rules.output_option && takesOutput) {
             if (!value || value->empty())
-                return std::string("-o needs a ") + rules.output;
+                return argument + " needs a " + rules.output;
             options.output = *value;
             take();
-        } else if (argument == "--scale") {
+        } else if ((argument == "--param" || argument == "--value") && rules.parameters) {
+            if (!value)
+                return argument + " needs INDEX=VALUE or NAME=VALUE";
+            parameter_assignment_t assignment;
+            if (std::string error = read_parameter_assignment(argument, *value, assignment);
+                !error.empty())
+                return error;
+            options.parameters.push_back(std::move(assignment));
+            take();
+        } else if (argument == "--events" && rules.events) {
+            if (!value || value->empty())
+                return "--events needs a file";
+            options.events = *value;
+            take();
+        } else if (argument == "--scale" && rules.scale) {
             if (!value || (*value != "1" && *value != "2"))
                 return "--scale takes 1 or 2";
             options.scale = *value == "2" ? 2.0f : 1.0f;
@@ -60,6 +88,11 @@ std::string read_editor_options(const std::vector<std::string>& arguments,
         } else if (argument == "--seconds") {
             if (!value || !read_seconds(*value, rules, options.seconds))
                 return seconds_rule(rules);
+            take();
+        } else if (argument == "--block" && rules.block) {
+            if (!value || !read_block(*value, options.block))
+                return "--block takes a number of frames from 1 to " +
+                       std::to_string(qafhost::ProcessHost::kMaxBlockSize);
             take();
         } else if (argument == "--input" && rules.input) {
             if (!value || value->empty())

@@ -14,6 +14,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace qafui::cli {
 
@@ -37,24 +38,46 @@ std::vector<ParameterDescriptor> stand_in_parameters(const qoraudiofiltersui::Ef
     return parameters;
 }
 
-bool has_editor_resources(const qoraudiofiltersui::EffectEntry& effect) {
+std::string editor_readiness_t::reason() const {
+    switch (status) {
+    case status_t::ready: return {};
+    case status_t::pending: return "its view class is pending";
+    case status_t::missing_resources: break;
+    }
+    std::string text = missing.size() == 1 ? "missing resource" : "missing resources";
+    for (std::size_t i = 0; i < missing.size(); ++i)
+        text += (i == 0 ? " " : ", ") + missing[i];
+    return text;
+}
+
+editor_readiness_t check_editor(const qoraudiofiltersui::EffectEntry& effect) {
+    editor_readiness_t readiness;
+    if (!qoraudiofiltersui::IsEditorClassBuilt(effect)) {
+        readiness.status = editor_readiness_t::status_t::pending;
+        return readiness;
+    }
     const qoraudiofiltersui::ResourceManager* resources =
         qoraudiofiltersui::GetLibraryResourceManager();
-    if (!resources)
-        return false;
     std::istringstream names(effect.resources);
     std::string file;
     while (names >> file) {
         const std::size_t point = file.rfind('.');
-        if (point == std::string::npos ||
+        if (!resources || point == std::string::npos ||
             !resources->HasBinary(file.substr(0, point), file.substr(point + 1)))
-            return false;
+            readiness.missing.push_back(file);
     }
-    return true;
+    if (!readiness.missing.empty())
+        readiness.status = editor_readiness_t::status_t::missing_resources;
+    return readiness;
 }
 
 live_editor_t::live_editor_t(const qoraudiofiltersui::EffectEntry& effect,
-                             qafhost::ProcessHost::Clock clock, const std::string& input) {
+                             qafhost::ProcessHost::Clock clock, const std::string& input,
+                             const std::vector<parameter_assignment_t>& parameters,
+                             qafhost::ProcessHost::OutputTap tap) {
+    if (const editor_readiness_t readiness = check_editor(effect);
+        readiness.status != editor_readiness_t::status_t::ready)
+        throw std::runtime_error(readiness.reason());
     std::shared_ptr<qoraudiofilters::ReferenceEffect> reference =
         qafhost::CreateReferenceEffect(effect.name, kSampleRate, kChannelCount);
     if (reference) {
@@ -68,6 +91,7 @@ live_editor_t::live_editor_t(const qoraudiofiltersui::EffectEntry& effect,
             source = std::make_unique<qafhost::FileSource>(input, kSampleRate);
         qafhost::ProcessHost::Options options;
         options.clock = clock;
+        options.tap = std::move(tap);
         host_ = std::make_unique<qafhost::ProcessHost>(reference, options);
         host_->SetSource(std::move(source));
         filter_ = reference;
@@ -80,6 +104,7 @@ live_editor_t::live_editor_t(const qoraudiofiltersui::EffectEntry& effect,
         standIn->SetRecordCalls(false);
         filter_ = standIn;
     }
+    apply_parameters(parameters, *filter_);
     view_ = qoraudiofilterhostui::AudioFilterViewFactoryRegistry::Get().CreateEditor(
         effect.GetGuidText(), filter_);
     if (!view_)

@@ -4,6 +4,8 @@
 // reference effect on the reference host, fed by the test signal or a file, or, for an effect
 // the host has no reference for yet, a table of parameters shaped like the effect's.
 
+#include "parameter_options.hpp"
+
 #include "audio/host/process_host.hpp"
 #include "framework/effect_catalogue.hpp"
 #include "platform/host/audio_filter.hpp"
@@ -23,8 +25,19 @@ namespace qafui::cli {
 std::vector<qoraudiofilterhost::ParameterDescriptor>
 stand_in_parameters(const qoraudiofiltersui::EffectEntry& effect);
 
-/// Whether every resource the effect's editor reads is in the library.
-bool has_editor_resources(const qoraudiofiltersui::EffectEntry& effect);
+/// Whether an effect's editor can be shown: its class exists and every resource it reads is in
+/// the library (or the override folder).
+struct editor_readiness_t {
+    enum class status_t { ready, pending, missing_resources };
+    status_t status = status_t::ready;
+    std::vector<std::string> missing; ///< "NAME.type" of each resource not found
+    /// "" when ready, else the reason: "its view class X is pending", "missing resource
+    /// FLANGER.tss".
+    std::string reason() const;
+};
+
+/// Needs the library initialised.
+editor_readiness_t check_editor(const qoraudiofiltersui::EffectEntry& effect);
 
 /// An editor of `effect` with its filter and, when the effect has a reference, the host that
 /// runs it. Needs the library initialised, and releases everything before it is terminated.
@@ -34,10 +47,14 @@ public:
     static constexpr std::size_t kChannelCount = 2;
 
     /// `input` names an audio file to play in place of the test signal; empty for the test
-    /// signal. Throws std::runtime_error when the editor can't be made or the file can't be
-    /// read.
+    /// signal. `parameters` are set before the editor opens. `tap` receives the host's output
+    /// on the process thread (a sound device, say) and must outlive the editor. Throws
+    /// std::runtime_error when the editor is pending or lacks resources, when it can't be made,
+    /// when the file can't be read or when a parameter is wrong.
     live_editor_t(const qoraudiofiltersui::EffectEntry& effect, qafhost::ProcessHost::Clock clock,
-                  const std::string& input);
+                  const std::string& input,
+                  const std::vector<parameter_assignment_t>& parameters = {},
+                  qafhost::ProcessHost::OutputTap tap = {});
     /// The editor goes first, so that its meters are stopped while the host still runs.
     ~live_editor_t();
     live_editor_t(const live_editor_t&) = delete;
@@ -46,7 +63,10 @@ public:
     const qorcore::IntrusivePtr<qoraudiofilterhostui::AudioFilterEditorViewBase>& view() const {
         return view_;
     }
-    const std::shared_ptr<qoraudiofilterhost::AudioFilter>& filter() const { return filter_; }
+    /// The reference effect or the stand-in table.
+    const std::shared_ptr<qoraudiofilterhost::ParameterStoreFilter>& filter() const {
+        return filter_;
+    }
     /// Null when the effect has no reference and a table of parameters stands in.
     qafhost::ProcessHost* host() const { return host_.get(); }
 
@@ -64,7 +84,7 @@ public:
     }
 
 private:
-    std::shared_ptr<qoraudiofilterhost::AudioFilter> filter_;
+    std::shared_ptr<qoraudiofilterhost::ParameterStoreFilter> filter_;
     std::unique_ptr<qafhost::ProcessHost> host_;
     qorcore::IntrusivePtr<qoraudiofilterhostui::AudioFilterEditorViewBase> view_;
 };

@@ -5,8 +5,12 @@ namespace vorlen {
 std::string format_position(const line_position_t& position) {
     std::string result = position.file_name ? position.file_name.c_str() : "<input>";
     if (position.line_number >= 0) {
-        result += ":" + std::to_string(position.line_number);
-        result += ":" + std::to_string(position.column());
+        // Appended piece by piece: `":" + std::to_string(...)` makes GCC 12 at -O3 warn of
+        // overlapping copies (-Wrestrict) inside the temporary's insert.
+        result += ':';
+        result += std::to_string(position.line_number);
+        result += ':';
+        result += std::to_string(position.column());
     }
     return result;
 }

@@ -143,7 +143,10 @@ void FFTFilterEditorView::UpdateSplinesCheckBox() {
 
 void FFTFilterEditorView::UpdateFFTSizePopup() {
     const double value = GetFilter()->GetParameterValue(kFFTSizeParameter);
-    const long size = Truncate(value * kFFTSizeSpan + kFFTSizes.front(), 0);
+    // The parameter is a 32-bit float: 128 comes back as 127.99999 and would truncate to 127.
+    // A thousandth of a point is far below any step between sizes, and far above that error.
+    constexpr double kFloatSlack = 1e-3;
+    const long size = Truncate(value * kFFTSizeSpan + kFFTSizes.front() + kFloatSlack, 0);
     // By text, so that a value between two sizes chooses none.
     Use(fftSizePopup_, "FFTSize").SetValueString(std::to_string(size));
 }

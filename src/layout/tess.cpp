@@ -736,7 +736,21 @@ std::pair<std::size_t, std::size_t> tess_t::guide_rounds() const noexcept {
     return {object_m->rounds[0], object_m->rounds[1]};
 }
 
-std::string tess_t::report() const {
+namespace {
+
+std::string guide_set_text(const guide_set_t& guides) {
+    std::string out = "[";
+    for (std::size_t i = 0; i < guides.size(); ++i) {
+        if (i != 0)
+            out += ", ";
+        out += std::to_string(guides[i]);
+    }
+    return out + "]";
+}
+
+} // namespace
+
+std::string tess_t::report(bool guides) const {
     const std::vector<implementation_t::view_proxy_t>& nodes = object_m->nodes;
     std::string out;
     if (nodes.empty() || !nodes[0].visible)
@@ -771,6 +785,12 @@ std::string tess_t::report() const {
         out += alignment_text(at.axis[1].alignment);
         out += ", placement: ";
         out += placement_text(at.placement);
+        if (guides) {
+            out += ", guides: ";
+            out += guide_set_text(p.horizontal().guide_set);
+            out += ", baselines: ";
+            out += guide_set_text(p.vertical().guide_set);
+        }
         out += ")";
         if (!n.container) {
             out += ";\n";

@@ -67,8 +67,10 @@ public:
 
     /// One line per visible node, children indented by four blanks per depth:
     /// "name(left: x, top: y, width: w, height: h, horizontal: a, vertical: a, placement: p);"
-    /// for a leaf, " {" ... "}" around a container's children.
-    std::string report() const;
+    /// for a leaf, " {" ... "}" around a container's children. With `guides`, each line adds
+    /// ", guides: [g, ...], baselines: [b, ...]" before its ")": the guide sets the item exports
+    /// on the horizontal and the vertical axis.
+    std::string report(bool guides = false) const;
 
     struct implementation_t;
 

@@ -320,6 +320,13 @@ TEST(FFTFilterEditor, TheFFTSizePopupSelectsByTextAndWritesOnlyItsElevenSizes) {
     popup.ChooseItem(10);
     EXPECT_FLOAT_EQ(filter.GetParameterValue(1), 1.0f);
 
+    // Each size read back from its 32-bit parameter shows as itself again.
+    for (int row = 0; row < 11; ++row) {
+        popup.ChooseItem(row);
+        scene.Tick();
+        EXPECT_EQ(popup.GetSelectedIndex(), row) << popup.GetItemText(std::size_t(row));
+    }
+
     filter.StoreValue(1, (8192.0f - 32.0f) / 32736.0f);
     scene.Tick();
     EXPECT_EQ(popup.GetValueString(), "8192");

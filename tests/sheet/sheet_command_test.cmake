@@ -1,15 +1,8 @@
 # Runs `qafui sheet` and `qafui check` on the scripts and layouts in data/ and checks output and status.
 # Usage: cmake -DQAFUI=path/to/qafui -DDATA=path/to/data -P sheet_command_test.cmake
 
-# expect(STATUS OUT_REGEX ERR_REGEX ARGS...)
-function(expect status out_regex err_regex)
-  execute_process(COMMAND ${QAFUI} ${ARGN} WORKING_DIRECTORY ${DATA}
-                  RESULT_VARIABLE actual_status OUTPUT_VARIABLE out ERROR_VARIABLE err)
-  if(NOT actual_status EQUAL status OR NOT out MATCHES "${out_regex}" OR NOT err MATCHES "${err_regex}")
-    message(SEND_ERROR "qafui ${ARGN}\n  status ${actual_status} (want ${status})\n"
-                       "  stdout: ${out}  (want ${out_regex})\n  stderr: ${err}  (want ${err_regex})")
-  endif()
-endfunction()
+set(WORK ${DATA})
+include(${CMAKE_CURRENT_LIST_DIR}/../command_expect.cmake)
 
 # Steps run in the order given; the two-way pair follows the side set last.
 expect(0 "^a = 4\nb = 2\na = 10\nb = 5\n$" "^$"

@@ -23,15 +23,15 @@ std::vector<qoraudiofilterhost::ParameterDescriptor> MakeParameters(float sample
     const float nyquist = 0.5f * sampleRate;
     std::vector<qoraudiofilterhost::ParameterDescriptor> parameters(FFTFilter::kParameterCount);
     parameters[FFTFilter::kSplineCurves] = {"Spline Curves", 0.0f, 1.0f, 0.0f};
-    parameters[FFTFilter::kFFTSize] = {"FFT Size", float(FFTFilter::kMinFFTSize),
-                                       float(FFTFilter::kMaxFFTSize),
-                                       FFTFilter::EncodeFFTSize(FFTFilter::kDefaultFFTSize)};
+    parameters[FFTFilter::kFFTSize] = {
+        "FFT Size", float(FFTFilter::kMinFFTSize), float(FFTFilter::kMaxFFTSize),
+        FFTFilter::EncodeFFTSize(FFTFilter::kDefaultFFTSize), "points"};
     parameters[FFTFilter::kWindowType] = {"Window", 0.0f, 8.0f,
                                           FFTFilter::EncodeWindowType(WindowType::kHann)};
     parameters[FFTFilter::kCurveWriteBracket] = {"Curve Write", 0.0f, 1.0f, 0.0f};
     parameters[FFTFilter::kScale] = {"Scale", 0.0f, 1.0f, 0.0f};
-    parameters[FFTFilter::kVisibleRangeLow] = {"Visible Low", 0.0f, nyquist, 20.0f / nyquist};
-    parameters[FFTFilter::kVisibleRangeHigh] = {"Visible High", 0.0f, nyquist, 1.0f};
+    parameters[FFTFilter::kVisibleRangeLow] = {"Visible Low", 0.0f, nyquist, 20.0f / nyquist, "Hz"};
+    parameters[FFTFilter::kVisibleRangeHigh] = {"Visible High", 0.0f, nyquist, 1.0f, "Hz"};
     parameters[7] = {"Unused 7", 0.0f, 1.0f, 0.0f};
     parameters[8] = {"Unused 8", 0.0f, 1.0f, 0.0f};
     parameters[FFTFilter::kPointCount] = {"Point Count", 0.0f, float(FFTFilter::kMaxPoints),
@@ -44,7 +44,7 @@ std::vector<qoraudiofilterhost::ParameterDescriptor> MakeParameters(float sample
         else if (i == 1)
             x = 1.0f;
         parameters[std::size_t(FFTFilter::PointXIndex(i))] = {"Point " + number + " Frequency",
-                                                              0.0f, nyquist, x};
+                                                              0.0f, nyquist, x, "Hz"};
         parameters[std::size_t(FFTFilter::PointYIndex(i))] = {"Point " + number + " Level", 0.0f,
                                                               1.0f, kDefaultPointLevel};
     }

@@ -14,12 +14,14 @@
 namespace qoraudiofilterhost {
 
 /// One parameter of a `ParameterStoreFilter`: a name, the plain values at normalised 0 and 1
-/// (the range may descend) and the normalised default.
+/// (the range may descend), the normalised default and the unit of the plain value ("Hz",
+/// "dB"; empty for a plain number).
 struct ParameterDescriptor {
     std::string name;
     float plainAtZero = 0.0f;
     float plainAtOne = 1.0f;
     float defaultValue = 0.0f;
+    std::string unit = {};
 };
 
 /// A filter that is nothing but a table of parameters: values, descriptors, a dirty count

@@ -2,6 +2,9 @@
 
 #include "platform/ui/ui_window.hpp"
 
+#include <algorithm>
+#include <vector>
+
 namespace qorui {
 
 namespace {
@@ -55,6 +58,10 @@ void UI_DialogHotTextNumber::WatchTyping() {
         UI_InstallTimer(0.001f, kRefocusTimer);
         return true;
     });
+    field->SetTabFunction([this](bool forward) {
+        typeNext_ = Neighbour(forward);
+        UI_InstallTimer(0.001f, kRefocusTimer);
+    });
     // Runs once the field has closed.
     field->SetCancelFunction([this] {
         if (dialog_->GetWindow() && !dialog_->GetWindow()->GetFocusNode())
@@ -66,9 +73,25 @@ bool UI_DialogHotTextNumber::UI_DoTimerNotify(int timerId) {
     if (timerId != kRefocusTimer)
         return UI_HotTextNumber::UI_DoTimerNotify(timerId);
     UI_RemoveTimer(kRefocusTimer);
+    const IntrusivePtr<UI_DialogHotTextNumber> next = std::move(typeNext_);
+    if (next && next->GetWindow() && next->BeginDialogTyping())
+        return true;
     if (dialog_->GetWindow() && !dialog_->GetWindow()->GetFocusNode())
         dialog_->UI_RequestFocus();
     return true;
+}
+
+UI_DialogHotTextNumber* UI_DialogHotTextNumber::Neighbour(bool forward) const {
+    std::vector<UI_DialogHotTextNumber*> numbers;
+    for (const auto& child : dialog_->GetChildren())
+        if (auto* number = dynamic_cast<UI_DialogHotTextNumber*>(child.get());
+            number && (number == this || number->IsEnabledInTree()))
+            numbers.push_back(number);
+    const auto at = std::find(numbers.begin(), numbers.end(), this);
+    if (numbers.size() < 2 || at == numbers.end())
+        return nullptr;
+    const std::size_t i = std::size_t(at - numbers.begin());
+    return numbers[forward ? (i + 1) % numbers.size() : (i + numbers.size() - 1) % numbers.size()];
 }
 
 } // namespace qorui

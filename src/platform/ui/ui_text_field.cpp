@@ -171,7 +171,12 @@ bool UI_TextField::UI_DoKeyboardEvent(const KeyboardEvent& event) {
         caret_ = text_.size();
         allSelected_ = false;
         break;
-    case KeyboardCode::kTab: Commit(); return true;
+    case KeyboardCode::kTab: {
+        const TabFunction tab = tab_; // the commit may close and clear the field
+        if (Commit() && tab)
+            tab(!event.GetModKey().IsSet(ModifierKey::kShift));
+        return true;
+    }
     default:
         // Letters and digits come again as typed text; shortcuts go to the window.
         return !event.GetModKey().IsAnySet(ModifierKey::kCommand | ModifierKey::kAlt);

@@ -20,6 +20,8 @@ public:
     using CancelFunction = std::function<void()>;
     /// Whether a typed text may go in; the field asks before inserting it.
     using FilterFunction = std::function<bool(std::string_view typed)>;
+    /// Called after Tab (forward) or Shift-Tab (backward) committed the field.
+    using TabFunction = std::function<void(bool forward)>;
 
     UI_TextField();
 
@@ -34,6 +36,9 @@ public:
     void SetCommitFunction(CommitFunction commit) { commit_ = std::move(commit); }
     void SetCancelFunction(CancelFunction cancel) { cancel_ = std::move(cancel); }
     void SetFilterFunction(FilterFunction filter) { filter_ = std::move(filter); }
+    /// Tab and Shift-Tab commit; with a tab function, a successful commit then calls it, so
+    /// that a form can move typing on to its next field.
+    void SetTabFunction(TabFunction tab) { tab_ = std::move(tab); }
     void SetFont(const penrig::Font& font);
     void SetInvalid(bool invalid);
     bool IsInvalid() const { return invalid_; }
@@ -65,6 +70,7 @@ private:
     CommitFunction commit_;
     CancelFunction cancel_;
     FilterFunction filter_;
+    TabFunction tab_;
 };
 
 namespace ui {
