@@ -11,7 +11,7 @@
 #include "effects/fft_filter_editor_view.hpp"
 #include "framework/library.hpp"
 #include "platform/draw/cairo_supplier.hpp"
-#include "platform/host/audio_filter_view_factory_registrar.hpp"
+#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/ui/headless_window.hpp"
 
 #include <benchmark/benchmark.h>

@@ -6,7 +6,7 @@
 #include "framework/library.hpp"
 #include "framework/resource_manager.hpp"
 #include "platform/core/main_thread_queue.hpp"
-#include "platform/host/audio_filter_view_factory_registrar.hpp"
+#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/host/audio_filter_editor_view_base.hpp"
+#include "platform/hostui/audio_filter_editor_view_base.hpp"
 
 #include <functional>
 #include <memory>

@@ -6,7 +6,7 @@
 #include "framework/pending_editor_view.hpp"
 #include "framework/resource_manager.hpp"
 #include "platform/core/null_pointer_exception.hpp"
-#include "platform/host/audio_filter_view_factory_registrar.hpp"
+#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/ui/skins.hpp"
 
 #include <algorithm>

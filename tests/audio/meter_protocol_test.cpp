@@ -3,7 +3,6 @@
 #include "audio/dsp/spectrum_meter_message.hpp"
 #include "audio/host/process_host.hpp"
 #include "audio/host/test_signal_source.hpp"
-#include "graphs/spectrum_draw.hpp"
 #include "platform/core/main_thread_queue.hpp"
 
 #include "audio_test_helpers.hpp"
@@ -58,12 +57,12 @@ private:
 };
 
 // What a spectrum graph does with the protocol: a meter switched on at construction, its
-// spectra forwarded to a painter, and switched off first thing in the destructor.
+// spectra forwarded to its painter (here: the last spectrum kept), and switched off first thing
+// in the destructor.
 class Graph {
 public:
     explicit Graph(std::shared_ptr<FFTFilter> filter)
-        : filter_(std::move(filter)),
-          draw_(qorcore::MakeIntrusive<qoraudiofiltersui::SpectrumDraw>(kRate)),
+        : filter_(std::move(filter)), lines_(std::make_shared<std::size_t>(0)),
           calls_(std::make_shared<int>(0)) {
         EnableMeter(true);
     }
@@ -74,29 +73,28 @@ public:
         if (meter) {
             meter_ = meter;
             message_ = std::make_shared<SpectrumMeterMessage>(meter);
-            auto draw = draw_;
+            auto lines = lines_;
             auto calls = calls_;
             connection_ = message_->ConnectMeterDataChanged(
-                [draw, calls](unsigned int size, const std::vector<float>& data, unsigned int count,
-                              SpectrumType type, bool lines) {
+                [lines, calls](unsigned int, const std::vector<float>& data, unsigned int,
+                               SpectrumType, bool) {
                     ++*calls;
-                    draw->SetSpectrumData(size, data, count, type, lines);
+                    *lines = data.size();
                 });
             filter_->Post(message_);
         } else {
             message_.reset();
-            draw_.reset();
             connection_.Disconnect();
         }
     }
 
     const IntrusivePtr<SpectrumMeterDSP>& GetMeter() const { return meter_; }
     std::shared_ptr<int> GetCalls() const { return calls_; }
-    const IntrusivePtr<qoraudiofiltersui::SpectrumDraw>& GetDraw() const { return draw_; }
+    std::size_t GetLineCount() const { return *lines_; }
 
 private:
     std::shared_ptr<FFTFilter> filter_;
-    IntrusivePtr<qoraudiofiltersui::SpectrumDraw> draw_;
+    std::shared_ptr<std::size_t> lines_;
     IntrusivePtr<SpectrumMeterDSP> meter_;
     std::shared_ptr<SpectrumMeterMessage> message_;
     qorcore::ScopedConnection connection_;
@@ -223,8 +221,9 @@ TEST_F(MeterProtocol, SpectraReachAPainterOnTheMainThreadForAsLongAsSomeoneListe
         Pump();
     }
     EXPECT_GE(*calls, 8) << "one spectrum per round once the meter is in";
-    // The painter took the lines: 2048 of them from 0 Hz to Nyquist.
-    EXPECT_EQ(graph->GetDraw()->GetLinePixels().size(), 2048u);
+    // The painter took the lines: one a bin of the meter's 4096-point transform, 0 Hz to
+    // Nyquist.
+    EXPECT_EQ(graph->GetLineCount(), 4096u / 2 + 1);
     // The meter shows the 1 kHz tone at its -18 dB.
     qoraudiotoolkit::SpectrumFrame frame;
     ASSERT_TRUE(graph->GetMeter()->ReadSpectrum(frame));

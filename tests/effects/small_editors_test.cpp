@@ -5,7 +5,7 @@
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
 #include "platform/draw/cairo_supplier.hpp"
-#include "platform/host/audio_filter_view_factory_registrar.hpp"
+#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/host/parameter_store_filter.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/skins.hpp"

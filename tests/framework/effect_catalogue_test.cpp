@@ -4,7 +4,7 @@
 #include "framework/pending_editor_view.hpp"
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/draw/cairo_supplier.hpp"
-#include "platform/host/audio_filter_view_factory_registrar.hpp"
+#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/host/parameter_store_filter.hpp"
 #include "platform/ui/skins.hpp"
 

@@ -1,4 +1,4 @@
-#include "platform/host/audio_filter_view_factory_registrar.hpp"
+#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 
 #include "platform/core/guid.hpp"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/core/intrusive_ptr.hpp"
-#include "platform/host/audio_filter_editor_view_base.hpp"
+#include "platform/hostui/audio_filter_editor_view_base.hpp"
 
 #include <functional>
 #include <map>

@@ -1,4 +1,4 @@
-#include "platform/host/audio_filter_editor_view_base.hpp"
+#include "platform/hostui/audio_filter_editor_view_base.hpp"
 
 #include "platform/ui/ui_window.hpp"
 

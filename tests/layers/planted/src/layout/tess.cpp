@@ -1,0 +1,3 @@
+// The solver reading the sheet, which only the reader may.
+#include "layout/tess.hpp"
+#include "sheet/sheet.hpp"
