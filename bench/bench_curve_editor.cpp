@@ -6,7 +6,7 @@
 
 #include "graphs/curve_editor.hpp"
 #include "platform/ui/headless_window.hpp"
-#include "platform/ui/linear_ruler.hpp"
+#include "platform/rulers/linear_ruler.hpp"
 
 #include <benchmark/benchmark.h>
 

@@ -10,7 +10,7 @@
 #include "sheet/sheet.hpp"
 #include "sheet/sheet_reader.hpp"
 #ifdef QAFUI_CHECK_ARCHIVES
-#include "platform/ui/ui_node_builder.hpp"
+#include "platform/archive/ui_node_builder.hpp"
 #endif
 
 #include <algorithm>

@@ -12,8 +12,8 @@
 #include "framework/library.hpp"
 #include "platform/core/connection.hpp"
 #include "platform/draw/cairo_supplier.hpp"
-#include "platform/ui/sdl_window.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/sdl/sdl_window.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <SDL.h>
 

@@ -5,7 +5,7 @@
 
 #include "parameter_options.hpp"
 
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <cstddef>
 #include <string>

@@ -2,8 +2,8 @@
 
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/ui/ui_menu_overlay.hpp"
-#include "platform/ui/ui_modal_dialog.hpp"
+#include "platform/menus/ui_menu_overlay.hpp"
+#include "platform/dialogs/ui_modal_dialog.hpp"
 
 #include <algorithm>
 #include <cctype>

@@ -2,7 +2,7 @@
 
 #include "framework/library.hpp"
 #include "platform/draw/cairo_supplier.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <algorithm>
 #include <exception>

@@ -2,9 +2,9 @@
 
 #include "adapters/adapter_arguments.hpp"
 #include "platform/tess/assemblage.hpp"
-#include "platform/ui/decibel_ruler.hpp"
-#include "platform/ui/linear_ruler.hpp"
-#include "platform/ui/log_ruler.hpp"
+#include "platform/rulers/decibel_ruler.hpp"
+#include "platform/rulers/linear_ruler.hpp"
+#include "platform/rulers/log_ruler.hpp"
 
 #include <cmath>
 #include <limits>

@@ -3,7 +3,7 @@
 #include "adapters/adapter_arguments.hpp"
 #include "layout/extents.hpp"
 #include "platform/tess/assemblage.hpp"
-#include "platform/ui/linear_ruler.hpp"
+#include "platform/rulers/linear_ruler.hpp"
 
 #include <cmath>
 #include <limits>

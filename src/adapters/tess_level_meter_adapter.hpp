@@ -4,7 +4,7 @@
 #include "core/any_regular.hpp"
 #include "platform/core/intrusive_ptr.hpp"
 #include "platform/tess/ui_tess_node_adapter_base.hpp"
-#include "platform/ui/ui_level_meter_view.hpp"
+#include "platform/rulers/ui_level_meter_view.hpp"
 
 #include <optional>
 #include <utility>

@@ -2,8 +2,8 @@
 
 #include "platform/draw/font.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/color_picker_dialog.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/dialogs/color_picker_dialog.hpp"
+#include "platform/skins/skins.hpp"
 #include "platform/ui/ui_window.hpp"
 
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include "platform/core/color_rgba.hpp"
 #include "platform/core/signal.hpp"
-#include "platform/ui/ui_interactive_control_view.hpp"
+#include "platform/widgets/ui_interactive_control_view.hpp"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "controls/color_field_adapter.hpp"
 
-#include "platform/ui/ui_node_builder.hpp"
+#include "platform/archive/ui_node_builder.hpp"
 
 #include <string>
 

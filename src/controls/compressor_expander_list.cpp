@@ -2,8 +2,8 @@
 
 #include "platform/core/localizer.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/control_drawing.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/control_drawing.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -4,8 +4,8 @@
 #include "platform/core/fader_translator.hpp"
 #include "platform/core/localizer.hpp"
 #include "platform/core/null_pointer_exception.hpp"
-#include "platform/ui/control_drawing.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/control_drawing.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "controls/edit_number_adapter.hpp"
 
-#include "platform/ui/decibel_ruler.hpp"
-#include "platform/ui/linear_ruler.hpp"
-#include "platform/ui/log_ruler.hpp"
+#include "platform/rulers/decibel_ruler.hpp"
+#include "platform/rulers/linear_ruler.hpp"
+#include "platform/rulers/log_ruler.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include "controls/edit_number.hpp"
 #include "platform/core/intrusive_ptr.hpp"
-#include "platform/ui/ui_node_builder.hpp"
+#include "platform/archive/ui_node_builder.hpp"
 
 #include <string_view>
 #include <vector>

@@ -3,9 +3,9 @@
 #include "controls/edit_number.hpp"
 #include "platform/core/localizer.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/os_menu.hpp"
-#include "platform/ui/skins.hpp"
-#include "platform/ui/ui_menu_overlay.hpp"
+#include "platform/menus/os_menu.hpp"
+#include "platform/skins/skins.hpp"
+#include "platform/menus/ui_menu_overlay.hpp"
 #include "platform/ui/ui_node_manager.hpp"
 
 #include <algorithm>

@@ -4,8 +4,8 @@
 #include "platform/core/point.hpp"
 #include "platform/ui/keyboard_event.hpp"
 #include "platform/ui/mouse_event.hpp"
-#include "platform/ui/ui_button.hpp"
-#include "platform/ui/ui_slider.hpp"
+#include "platform/widgets/ui_button.hpp"
+#include "platform/widgets/ui_slider.hpp"
 
 #include <vector>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ui/ui_picture_button.hpp"
+#include "platform/widgets/ui_picture_button.hpp"
 
 namespace qoraudiofiltersui {
 

@@ -3,7 +3,7 @@
 #include "controls/fader_slider.hpp"
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <algorithm>
 #include <cmath>

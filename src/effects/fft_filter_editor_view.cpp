@@ -4,10 +4,10 @@
 #include "framework/image_provider.hpp"
 #include "framework/library.hpp"
 #include "platform/core/null_pointer_exception.hpp"
-#include "platform/ui/ui_checkbox.hpp"
-#include "platform/ui/ui_disclosure_triangle_button.hpp"
-#include "platform/ui/ui_picture_button.hpp"
-#include "platform/ui/ui_popup.hpp"
+#include "platform/widgets/ui_checkbox.hpp"
+#include "platform/widgets/ui_disclosure_triangle_button.hpp"
+#include "platform/widgets/ui_picture_button.hpp"
+#include "platform/widgets/ui_popup.hpp"
 
 #include <cmath>
 #include <string>

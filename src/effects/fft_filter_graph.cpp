@@ -6,10 +6,10 @@
 #include "graphs/spectrum_content_layer.hpp"
 #include "platform/core/localizer.hpp"
 #include "platform/core/null_pointer_exception.hpp"
-#include "platform/ui/decibel_ruler.hpp"
-#include "platform/ui/linear_ruler.hpp"
-#include "platform/ui/log_ruler.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/rulers/decibel_ruler.hpp"
+#include "platform/rulers/linear_ruler.hpp"
+#include "platform/rulers/log_ruler.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
-#include "platform/ui/ui_radio_group.hpp"
+#include "platform/widgets/ui_radio_group.hpp"
 
 namespace qoraudiofiltersui {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "framework/audio_filter_editor_view_base.hpp"
-#include "platform/ui/ui_node_builder.hpp"
+#include "platform/archive/ui_node_builder.hpp"
 #include "platform/ui/ui_sub_view.hpp"
 
 #include <memory>

@@ -7,7 +7,7 @@
 #include "framework/resource_manager.hpp"
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/hostui/audio_filter_view_factory_registrar.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <algorithm>
 #include <cctype>

@@ -9,7 +9,7 @@
 #include "platform/core/trace.hpp"
 #include "platform/host/audio_filter.hpp"
 #include "platform/tess/ui_tess.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 #include "platform/ui/ui_node_manager.hpp"
 #include "sheet/sheet.hpp"
 

@@ -5,9 +5,9 @@
 #include "platform/core/connection.hpp"
 #include "platform/core/intrusive_ptr.hpp"
 #include "platform/core/signal.hpp"
-#include "platform/ui/os_menu.hpp"
-#include "platform/ui/ruler_base.hpp"
-#include "platform/ui/ui_interactive_control_view.hpp"
+#include "platform/menus/os_menu.hpp"
+#include "platform/rulers/ruler_base.hpp"
+#include "platform/widgets/ui_interactive_control_view.hpp"
 
 #include <functional>
 #include <memory>

@@ -2,7 +2,7 @@
 
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 #include "platform/ui/ui_node.hpp"
 #include "platform/ui/ui_node_manager.hpp"
 

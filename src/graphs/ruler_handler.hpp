@@ -9,7 +9,7 @@
 #include "platform/core/signal.hpp"
 #include "platform/ui/input_capture.hpp"
 #include "platform/ui/mouse_event.hpp"
-#include "platform/ui/ruler_base.hpp"
+#include "platform/rulers/ruler_base.hpp"
 
 #include <cstdint>
 #include <functional>

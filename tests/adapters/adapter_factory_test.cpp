@@ -9,7 +9,7 @@
 #include "adapters/tess_level_meter_adapter.hpp"
 #include "adapters/tess_picture_toggle_button_adapter.hpp"
 #include "controls/edit_number.hpp"
-#include "platform/ui/ui_static_text.hpp"
+#include "platform/panels/ui_static_text.hpp"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "adapter_scene.hpp"
 
 #include "adapters/tess_color_view_adapter.hpp"
-#include "platform/ui/ui_checkbox.hpp"
+#include "platform/widgets/ui_checkbox.hpp"
 
 #include <gtest/gtest.h>
 

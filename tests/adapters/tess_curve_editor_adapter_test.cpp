@@ -6,10 +6,10 @@
 #include "adapters/tess_curve_editor_adapter.hpp"
 #include "core/bad_cast.hpp"
 #include "platform/core/null_pointer_exception.hpp"
-#include "platform/ui/curve_point_edit_dialog.hpp"
-#include "platform/ui/decibel_ruler.hpp"
+#include "platform/dialogs/curve_point_edit_dialog.hpp"
+#include "platform/rulers/decibel_ruler.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/ui/ui_modal_dialog.hpp"
+#include "platform/dialogs/ui_modal_dialog.hpp"
 
 #include <gtest/gtest.h>
 

@@ -5,9 +5,9 @@
 
 #include "adapters/tess_edit_number_adapter.hpp"
 #include "core/bad_cast.hpp"
-#include "platform/ui/decibel_ruler.hpp"
-#include "platform/ui/log_ruler.hpp"
-#include "platform/ui/ui_slider.hpp"
+#include "platform/rulers/decibel_ruler.hpp"
+#include "platform/rulers/log_ruler.hpp"
+#include "platform/widgets/ui_slider.hpp"
 
 #include <gtest/gtest.h>
 

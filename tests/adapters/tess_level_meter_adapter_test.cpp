@@ -5,7 +5,7 @@
 #include "adapters/tess_level_meter_adapter.hpp"
 #include "core/bad_cast.hpp"
 #include "layout/extents.hpp"
-#include "platform/ui/linear_ruler.hpp"
+#include "platform/rulers/linear_ruler.hpp"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include "platform/draw/image.hpp"
 #include "platform/draw/penrig.hpp"
 #include "platform/ui/headless_window.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <gtest/gtest.h>
 

@@ -3,9 +3,9 @@
 // refresh of the table, its best size, and how it draws in both looks.
 #include "controls/compressor_expander_list.hpp"
 #include "golden_image.hpp"
-#include "platform/ui/control_drawing.hpp"
+#include "platform/skins/control_drawing.hpp"
 #include "platform/ui/headless_window.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <gtest/gtest.h>
 

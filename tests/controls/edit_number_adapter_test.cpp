@@ -4,11 +4,11 @@
 // to the section appliers of higher layers.
 #include "controls/edit_number_adapter.hpp"
 #include "platform/core/localizer.hpp"
-#include "platform/ui/decibel_ruler.hpp"
-#include "platform/ui/linear_ruler.hpp"
-#include "platform/ui/log_ruler.hpp"
-#include "platform/ui/node_archive_writer.hpp"
-#include "platform/ui/ui_node_builder.hpp"
+#include "platform/rulers/decibel_ruler.hpp"
+#include "platform/rulers/linear_ruler.hpp"
+#include "platform/rulers/log_ruler.hpp"
+#include "platform/archive/node_archive_writer.hpp"
+#include "platform/archive/ui_node_builder.hpp"
 
 #include <gtest/gtest.h>
 

@@ -3,11 +3,11 @@
 // rendered headless in both looks at 1x and 2x and compared with tests/golden/edit_number_*.
 #include "controls/edit_number.hpp"
 #include "golden_image.hpp"
-#include "platform/ui/decibel_ruler.hpp"
+#include "platform/rulers/decibel_ruler.hpp"
 #include "platform/ui/headless_window.hpp"
-#include "platform/ui/linear_ruler.hpp"
-#include "platform/ui/log_ruler.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/rulers/linear_ruler.hpp"
+#include "platform/rulers/log_ruler.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <gtest/gtest.h>
 

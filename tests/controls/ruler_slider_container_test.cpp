@@ -5,8 +5,8 @@
 #include "controls/ruler_slider_container.hpp"
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/ui/headless_window.hpp"
-#include "platform/ui/linear_ruler.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/rulers/linear_ruler.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,20 +1,20 @@
 // The FFT filter editor over a table of its parameters: how the points reach the filter, how
 // the graph follows the filter, the popups, the checkbox, reset and the advanced section.
 #include "fft_filter_scene.hpp"
-#include "platform/ui/node_archive_writer.hpp"
+#include "platform/archive/node_archive_writer.hpp"
 
 #include "framework/effect_catalogue.hpp"
 #include "platform/core/null_pointer_exception.hpp"
-#include "platform/ui/curve_point_edit_dialog.hpp"
-#include "platform/ui/linear_ruler.hpp"
-#include "platform/ui/log_ruler.hpp"
+#include "platform/dialogs/curve_point_edit_dialog.hpp"
+#include "platform/rulers/linear_ruler.hpp"
+#include "platform/rulers/log_ruler.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/ui/ui_checkbox.hpp"
-#include "platform/ui/ui_disclosure_triangle_button.hpp"
-#include "platform/ui/ui_menu_overlay.hpp"
-#include "platform/ui/ui_picture_button.hpp"
-#include "platform/ui/ui_popup.hpp"
-#include "platform/ui/ui_static_text.hpp"
+#include "platform/widgets/ui_checkbox.hpp"
+#include "platform/widgets/ui_disclosure_triangle_button.hpp"
+#include "platform/menus/ui_menu_overlay.hpp"
+#include "platform/widgets/ui_picture_button.hpp"
+#include "platform/widgets/ui_popup.hpp"
+#include "platform/panels/ui_static_text.hpp"
 
 #include <gtest/gtest.h>
 

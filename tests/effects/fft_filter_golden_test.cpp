@@ -8,7 +8,7 @@
 #include "audio/host/process_host.hpp"
 #include "audio/host/test_signal_source.hpp"
 #include "platform/core/main_thread_queue.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include "fft_filter_scene.hpp"
 
 #include "audio/dsp/fft_filter.hpp"
-#include "platform/ui/ui_checkbox.hpp"
+#include "platform/widgets/ui_checkbox.hpp"
 
 #include <gtest/gtest.h>
 

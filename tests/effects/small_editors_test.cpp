@@ -8,10 +8,10 @@
 #include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/host/parameter_store_filter.hpp"
 #include "platform/ui/headless_window.hpp"
-#include "platform/ui/skins.hpp"
-#include "platform/ui/ui_radio_button.hpp"
-#include "platform/ui/ui_radio_group.hpp"
-#include "platform/ui/ui_static_text.hpp"
+#include "platform/skins/skins.hpp"
+#include "platform/widgets/ui_radio_button.hpp"
+#include "platform/widgets/ui_radio_group.hpp"
+#include "platform/panels/ui_static_text.hpp"
 
 #include <gtest/gtest.h>
 

@@ -7,12 +7,12 @@
 #include "framework/resource_manager.hpp"
 #include "platform/host/parameter_store_filter.hpp"
 #include "platform/ui/headless_window.hpp"
-#include "platform/ui/skins.hpp"
-#include "platform/ui/ui_hot_text_number.hpp"
-#include "platform/ui/ui_popup.hpp"
+#include "platform/skins/skins.hpp"
+#include "platform/widgets/ui_hot_text_number.hpp"
+#include "platform/widgets/ui_popup.hpp"
 #include "platform/ui/ui_tool_tip.hpp"
 
-#include "platform/ui/node_archive_writer.hpp"
+#include "platform/archive/node_archive_writer.hpp"
 
 #include <gtest/gtest.h>
 

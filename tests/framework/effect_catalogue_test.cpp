@@ -6,7 +6,7 @@
 #include "platform/draw/cairo_supplier.hpp"
 #include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/host/parameter_store_filter.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <gtest/gtest.h>
 

@@ -7,13 +7,13 @@
 #include "platform/core/localizer.hpp"
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/decibel_ruler.hpp"
+#include "platform/rulers/decibel_ruler.hpp"
 #include "platform/ui/headless_window.hpp"
-#include "platform/ui/linear_ruler.hpp"
-#include "platform/ui/log_ruler.hpp"
+#include "platform/rulers/linear_ruler.hpp"
+#include "platform/rulers/log_ruler.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/ui/skins.hpp"
-#include "platform/ui/ui_menu_overlay.hpp"
+#include "platform/skins/skins.hpp"
+#include "platform/menus/ui_menu_overlay.hpp"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,8 @@
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/draw/penrig.hpp"
 #include "platform/ui/headless_window.hpp"
-#include "platform/ui/linear_ruler.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/rulers/linear_ruler.hpp"
+#include "platform/skins/skins.hpp"
 #include "platform/ui/ui_node_manager.hpp"
 
 #include <gtest/gtest.h>

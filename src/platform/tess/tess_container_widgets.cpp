@@ -5,10 +5,10 @@
 #include "platform/tess/tess_widgets.hpp"
 #include "platform/tess/ui_tess_sub_view.hpp"
 #include "platform/tess/ui_tess_view_holder.hpp"
-#include "platform/ui/control_drawing.hpp"
-#include "platform/ui/ui_outline_box_with_label.hpp"
-#include "platform/ui/ui_radio_group.hpp"
-#include "platform/ui/ui_tab_group.hpp"
+#include "platform/skins/control_drawing.hpp"
+#include "platform/panels/ui_outline_box_with_label.hpp"
+#include "platform/widgets/ui_radio_group.hpp"
+#include "platform/panels/ui_tab_group.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "platform/tess/ui_qor_tess_root.hpp"
 
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 
 namespace qormarltess {
 

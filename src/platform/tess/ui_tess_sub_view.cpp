@@ -1,7 +1,7 @@
 #include "platform/tess/ui_tess_sub_view.hpp"
 
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 
 namespace qormarltess {
 

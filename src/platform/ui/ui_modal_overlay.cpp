@@ -1,7 +1,6 @@
 #include "platform/ui/ui_modal_overlay.hpp"
 
 #include "platform/ui/modal_testing.hpp"
-#include "platform/ui/sdl_window.hpp"
 #include "platform/ui/ui_node_manager.hpp"
 #include "platform/ui/ui_window.hpp"
 
@@ -29,8 +28,10 @@ int UI_ModalOverlay::RunModal(UI_Window& window) {
 
     if (const auto& responder = testing::GetModalResponder()) {
         responder(*this);
-    } else if (auto* sdl = dynamic_cast<SdlWindow*>(&window)) {
-        while (running_ && sdl->ProcessEvents(16)) {
+    } else {
+        // A window with no event source of its own answers false at once: the modal ends
+        // cancelled, so it never hangs a headless run.
+        while (running_ && window.ProcessEvents(16)) {
         }
     }
     running_ = false;

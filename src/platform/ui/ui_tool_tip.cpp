@@ -2,7 +2,7 @@
 
 #include "platform/draw/penrig.hpp"
 #include "platform/draw/supplier_interface.hpp"
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 #include "platform/ui/ui_window.hpp"
 
 #include <algorithm>

@@ -92,6 +92,13 @@ public:
     std::size_t FireDueTimers();
     /// The window's clock in nanoseconds.
     virtual TimeStamp GetTime() const = 0;
+    /// Waits up to `timeoutMs` for events of the window's own source (a display) and handles
+    /// them, with its timers and queued tasks; false when the window was closed or has no such
+    /// source. Nested loops (modal overlays) turn on it.
+    virtual bool ProcessEvents(int timeoutMs) {
+        (void)timeoutMs;
+        return false;
+    }
 
 protected:
     /// Takes the tree out of the window: the capture ends, timers stop, the views are removed

@@ -1,7 +1,7 @@
 #include "golden_image.hpp"
 #include "tess_scene.hpp"
 
-#include "platform/ui/skins.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,184 @@
+#include "platform/widgets/ui_popup.hpp"
+
+#include "platform/draw/penrig.hpp"
+#include "platform/skins/control_drawing.hpp"
+#include "platform/menus/os_menu.hpp"
+#include "platform/skins/skins.hpp"
+#include "platform/menus/ui_menu_overlay.hpp"
+
+#include <cmath>
+
+namespace qorui {
+
+namespace {
+constexpr float kArrowArea = 18.0f;
+}
+
+UI_Popup::UI_Popup() : font_(control_drawing::GetControlFont()) {
+    StoreValue(-1.0);
+}
+
+void UI_Popup::AddItem(std::string text) {
+    items_.push_back(std::move(text));
+    EmitInvalidate();
+}
+
+void UI_Popup::SetItems(std::vector<std::string> items) {
+    items_ = std::move(items);
+    SetValue(GetValue());
+    EmitInvalidate();
+}
+
+void UI_Popup::DeleteAllItems() {
+    items_.clear();
+    SetValue(-1.0);
+    EmitInvalidate();
+}
+
+std::string UI_Popup::GetItemText(std::size_t index) const {
+    return index < items_.size() ? items_[index] : std::string();
+}
+
+bool UI_Popup::IsChoosable(int index) const {
+    return index >= 0 && std::size_t(index) < items_.size() &&
+           !IsSeparator(items_[std::size_t(index)]);
+}
+
+void UI_Popup::SetValue(double index) {
+    if (!std::isfinite(index))
+        return;
+    const int i = int(std::floor(index));
+    UI_Button::SetValue(IsChoosable(i) && double(i) == index ? double(i) : -1.0);
+}
+
+bool UI_Popup::SetValueString(std::string_view text) {
+    for (std::size_t i = 0; i < items_.size(); ++i)
+        if (items_[i] == text && !IsSeparator(text)) {
+            SetValue(double(i));
+            return true;
+        }
+    SetValue(-1.0);
+    return false;
+}
+
+std::string UI_Popup::GetValueString() const {
+    if (IsValueUnknown() || GetSelectedIndex() < 0)
+        return {};
+    return GetItemText(std::size_t(GetSelectedIndex()));
+}
+
+void UI_Popup::SetDrawDivider(bool draw) {
+    drawDivider_ = draw;
+    EmitInvalidate();
+}
+
+void UI_Popup::SetFont(const penrig::Font& font) {
+    font_ = font;
+    EmitInvalidate();
+}
+
+void UI_Popup::SetPlaceholder(std::string text) {
+    placeholder_ = std::move(text);
+    EmitInvalidate();
+}
+
+void UI_Popup::ChooseItem(int index, ModifierFlags modifiers) {
+    if (!IsChoosable(index) || IsDisabled())
+        return;
+    IntrusivePtr<UI_Node> keep(this);
+    const bool same = !IsValueUnknown() && GetSelectedIndex() == index;
+    BeginInteractiveChange(modifiers);
+    SetValue(double(index));
+    ContinueInteractiveChange(modifiers);
+    FinishInteractiveChange(modifiers);
+    if (same && alwaysNotify_)
+        SendControlMessages();
+}
+
+int UI_Popup::OpenMenu() {
+    if (!GetWindow() || menuOpen_ || IsDisabled())
+        return -1;
+    OS_Menu menu;
+    for (std::size_t i = 0; i < items_.size(); ++i) {
+        if (IsSeparator(items_[i]))
+            menu.AppendSeparator();
+        else
+            menu.AppendItem(int(i) + 1, items_[i], true,
+                            checkStyle_ && !IsValueUnknown() && GetSelectedIndex() == int(i));
+    }
+    IntrusivePtr<UI_Node> keep(this);
+    menuOpen_ = true;
+    SetDownState(true);
+    const int chosen = UI_DoContextMenu(menu, *this, {0, GetFrame().height});
+    menuOpen_ = false;
+    SetDownState(false);
+    if (chosen <= 0)
+        return -1;
+    ChooseItem(chosen - 1);
+    return chosen - 1;
+}
+
+bool UI_Popup::UI_DoMouseEvent(const MouseEvent& event) {
+    UI_ControlView::UI_DoMouseEvent(event);
+    if (!event.IsAction(PointerAction::kPress) || !event.IsButton(MouseButton::kLeft))
+        return false;
+    OpenMenu();
+    return true;
+}
+
+bool UI_Popup::UI_DoKeyboardEvent(const KeyboardEvent& event) {
+    if (!event.IsActionKeyDown() || !HasFocus())
+        return false;
+    if (event.CompareShortcut(KeyboardCode::kSpace) ||
+        event.CompareShortcut(KeyboardCode::kReturn)) {
+        OpenMenu();
+        return true;
+    }
+    const bool down = event.CompareCode(KeyboardCode::kDown);
+    if (!down && !event.CompareCode(KeyboardCode::kUp))
+        return false;
+    // The next choosable item that way; the ends don't wrap, as in a list.
+    int i = IsValueUnknown() ? -1 : GetSelectedIndex();
+    if (i < 0 && !down)
+        i = int(items_.size());
+    for (i += down ? 1 : -1; i >= 0 && i < int(items_.size()); i += down ? 1 : -1)
+        if (IsChoosable(i)) {
+            ChooseItem(i, event.GetModKey());
+            break;
+        }
+    return true;
+}
+
+void UI_Popup::DrawContent(Penrig* penrig, const RectT<float>& rect) {
+    const skins::Palette& palette = skins::GetPalette();
+    const bool disabled = IsDisabled();
+    const std::string text = IsValueUnknown()          ? "--"
+                             : GetSelectedIndex() >= 0 ? GetValueString()
+                                                       : placeholder_;
+    penrig->SetFont(font_);
+    penrig->SetColor(disabled ? palette.disabledText : palette.buttonText);
+    penrig->DrawText(text, RectT<float>::FromEdges(rect.x + 7, rect.y,
+                                                   rect.Right() - kArrowArea - 2, rect.Bottom()));
+    const float arrowLeft = rect.Right() - kArrowArea;
+    if (drawDivider_) {
+        const float x = std::floor(arrowLeft) + 0.5f;
+        penrig->SetPen(1.0f, palette.buttonBorder.WithAlpha(0.5f));
+        penrig->DrawLine(x, rect.y + 4, x, rect.Bottom() - 4);
+    }
+    // Two small chevrons, up and down: a list to choose from.
+    const float cx = std::floor(arrowLeft + kArrowArea / 2) + 0.5f;
+    const float cy = std::floor(rect.y + rect.height / 2) + 0.5f;
+    penrig->SetPen(1.5f, disabled ? palette.disabledText : palette.buttonText);
+    penrig->SetLineJoin(penrig::LineJoin::kRound);
+    penrig->SetLineCap(penrig::LineCap::kRound);
+    penrig->NewPath();
+    penrig->MoveTo(cx - 3, cy - 2);
+    penrig->LineTo(cx, cy - 5);
+    penrig->LineTo(cx + 3, cy - 2);
+    penrig->MoveTo(cx - 3, cy + 2);
+    penrig->LineTo(cx, cy + 5);
+    penrig->LineTo(cx + 3, cy + 2);
+    penrig->Stroke();
+}
+
+} // namespace qorui
