@@ -5,8 +5,8 @@
 // pixels right and back, so the point passes neighbours, is held beside them and jumps.
 
 #include "graphs/curve_editor.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/rulers/linear_ruler.hpp"
+#include "platform/ui/headless_window.hpp"
 
 #include <benchmark/benchmark.h>
 

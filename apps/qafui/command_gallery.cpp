@@ -8,8 +8,8 @@
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
 #include "platform/draw/cairo_supplier.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 
 #include <algorithm>
 #include <cmath>

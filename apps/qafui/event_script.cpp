@@ -1,9 +1,9 @@
 #include "event_script.hpp"
 
+#include "platform/dialogs/ui_modal_dialog.hpp"
+#include "platform/menus/ui_menu_overlay.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/menus/ui_menu_overlay.hpp"
-#include "platform/dialogs/ui_modal_dialog.hpp"
 
 #include <algorithm>
 #include <cctype>

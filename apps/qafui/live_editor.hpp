@@ -9,8 +9,8 @@
 #include "audio/host/process_host.hpp"
 #include "framework/effect_catalogue.hpp"
 #include "platform/host/audio_filter.hpp"
-#include "platform/hostui/audio_filter_editor_view_base.hpp"
 #include "platform/host/parameter_store_filter.hpp"
+#include "platform/hostui/audio_filter_editor_view_base.hpp"
 
 #include <algorithm>
 #include <memory>

@@ -2,10 +2,10 @@
 
 #include "adapters/adapter_arguments.hpp"
 #include "platform/core/null_pointer_exception.hpp"
-#include "platform/tess/assemblage.hpp"
 #include "platform/rulers/decibel_ruler.hpp"
 #include "platform/rulers/linear_ruler.hpp"
 #include "platform/rulers/log_ruler.hpp"
+#include "platform/tess/assemblage.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
 #include "adapters/tess_edit_number_adapter.hpp"
 
 #include "adapters/adapter_arguments.hpp"
-#include "platform/tess/assemblage.hpp"
 #include "platform/rulers/decibel_ruler.hpp"
 #include "platform/rulers/linear_ruler.hpp"
 #include "platform/rulers/log_ruler.hpp"
+#include "platform/tess/assemblage.hpp"
 
 #include <cmath>
 #include <limits>

@@ -2,8 +2,8 @@
 
 #include "adapters/adapter_arguments.hpp"
 #include "layout/extents.hpp"
-#include "platform/tess/assemblage.hpp"
 #include "platform/rulers/linear_ruler.hpp"
+#include "platform/tess/assemblage.hpp"
 
 #include <cmath>
 #include <limits>

@@ -3,8 +3,8 @@
 #include "adapters/after_sheet_round.hpp"
 #include "core/any_regular.hpp"
 #include "platform/core/intrusive_ptr.hpp"
-#include "platform/tess/ui_tess_node_adapter_base.hpp"
 #include "platform/rulers/ui_level_meter_view.hpp"
+#include "platform/tess/ui_tess_node_adapter_base.hpp"
 
 #include <optional>
 #include <utility>

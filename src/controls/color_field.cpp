@@ -1,8 +1,8 @@
 #include "controls/color_field.hpp"
 
+#include "platform/dialogs/color_picker_dialog.hpp"
 #include "platform/draw/font.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/dialogs/color_picker_dialog.hpp"
 #include "platform/skins/skins.hpp"
 #include "platform/ui/ui_window.hpp"
 

@@ -2,8 +2,8 @@
 
 #include "platform/core/intrusive_ptr.hpp"
 #include "platform/core/point.hpp"
-#include "platform/widgets/ui_interactive_control_view.hpp"
 #include "platform/panels/ui_multi_column_tree.hpp"
+#include "platform/widgets/ui_interactive_control_view.hpp"
 
 #include <string>
 #include <utility>

@@ -7,10 +7,10 @@
 #include "platform/core/point.hpp"
 #include "platform/core/rect.hpp"
 #include "platform/draw/penrig.hpp"
+#include "platform/panels/ui_static_text.hpp"
 #include "platform/rulers/ruler_base.hpp"
 #include "platform/widgets/ui_hot_text_number.hpp"
 #include "platform/widgets/ui_interactive_control_view.hpp"
-#include "platform/panels/ui_static_text.hpp"
 
 #include <cstdint>
 #include <limits>

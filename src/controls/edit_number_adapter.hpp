@@ -1,8 +1,8 @@
 #pragma once
 
 #include "controls/edit_number.hpp"
-#include "platform/core/intrusive_ptr.hpp"
 #include "platform/archive/ui_node_builder.hpp"
+#include "platform/core/intrusive_ptr.hpp"
 
 #include <string_view>
 #include <vector>

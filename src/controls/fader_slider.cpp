@@ -4,8 +4,8 @@
 #include "platform/core/localizer.hpp"
 #include "platform/draw/penrig.hpp"
 #include "platform/menus/os_menu.hpp"
-#include "platform/skins/skins.hpp"
 #include "platform/menus/ui_menu_overlay.hpp"
+#include "platform/skins/skins.hpp"
 #include "platform/ui/ui_node_manager.hpp"
 
 #include <algorithm>

@@ -3,8 +3,8 @@
 #include "platform/core/intrusive_ptr.hpp"
 #include "platform/core/rect.hpp"
 #include "platform/rulers/ruler_base.hpp"
-#include "platform/widgets/ui_slider.hpp"
 #include "platform/ui/ui_sub_view.hpp"
+#include "platform/widgets/ui_slider.hpp"
 
 #include <cstdint>
 #include <string>

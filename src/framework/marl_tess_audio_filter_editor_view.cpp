@@ -8,8 +8,8 @@
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/core/trace.hpp"
 #include "platform/host/audio_filter.hpp"
-#include "platform/tess/ui_tess.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/tess/ui_tess.hpp"
 #include "platform/ui/ui_node_manager.hpp"
 #include "sheet/sheet.hpp"
 

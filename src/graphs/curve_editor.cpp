@@ -3,11 +3,11 @@
 #include "graphs/curve_point_move_capture.hpp"
 #include "platform/core/localizer.hpp"
 #include "platform/core/null_pointer_exception.hpp"
-#include "platform/draw/penrig.hpp"
 #include "platform/dialogs/curve_point_edit_dialog.hpp"
+#include "platform/dialogs/ui_modal_dialog.hpp"
+#include "platform/draw/penrig.hpp"
 #include "platform/menus/os_menu.hpp"
 #include "platform/menus/ui_menu_overlay.hpp"
-#include "platform/dialogs/ui_modal_dialog.hpp"
 #include "platform/ui/ui_tool_tip.hpp"
 #include "platform/ui/ui_window.hpp"
 

@@ -4,8 +4,8 @@
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/core/trace.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/skins/skins.hpp"
 #include "platform/menus/ui_menu_overlay.hpp"
+#include "platform/skins/skins.hpp"
 #include "platform/ui/ui_window.hpp"
 
 #include <algorithm>

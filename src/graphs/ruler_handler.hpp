@@ -7,9 +7,9 @@
 #include "platform/core/ref_counted_object.hpp"
 #include "platform/core/scale_matrix.hpp"
 #include "platform/core/signal.hpp"
+#include "platform/rulers/ruler_base.hpp"
 #include "platform/ui/input_capture.hpp"
 #include "platform/ui/mouse_event.hpp"
-#include "platform/rulers/ruler_base.hpp"
 
 #include <cstdint>
 #include <functional>

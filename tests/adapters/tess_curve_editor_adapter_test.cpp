@@ -7,9 +7,9 @@
 #include "core/bad_cast.hpp"
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/dialogs/curve_point_edit_dialog.hpp"
+#include "platform/dialogs/ui_modal_dialog.hpp"
 #include "platform/rulers/decibel_ruler.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/dialogs/ui_modal_dialog.hpp"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,8 @@
 #include "golden_image.hpp"
 #include "platform/draw/image.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 
 #include <gtest/gtest.h>
 

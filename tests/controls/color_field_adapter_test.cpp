@@ -1,11 +1,11 @@
 // Colour fields from node archives: the class's own section, the shared control and node
 // sections, reports of bad values, and the one adapter of the library.
 #include "controls/color_field_adapter.hpp"
+#include "platform/archive/node_archive_writer.hpp"
+#include "platform/archive/ui_node_builder.hpp"
 #include "platform/dialogs/color_picker_dialog.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/archive/node_archive_writer.hpp"
-#include "platform/archive/ui_node_builder.hpp"
 
 #include <gtest/gtest.h>
 

@@ -2,11 +2,11 @@
 // opened by a press and answered with OK or a cancel, the signals, and the grey of a disabled
 // or unknown field.
 #include "controls/color_field.hpp"
-#include "platform/widgets/control_recorder.hpp"
 #include "platform/dialogs/color_picker_dialog.hpp"
+#include "platform/skins/skins.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/skins/skins.hpp"
+#include "platform/widgets/control_recorder.hpp"
 
 #include <gtest/gtest.h>
 

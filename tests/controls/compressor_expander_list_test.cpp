@@ -4,8 +4,8 @@
 #include "controls/compressor_expander_list.hpp"
 #include "golden_image.hpp"
 #include "platform/skins/control_drawing.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 
 #include <gtest/gtest.h>
 

@@ -3,12 +3,12 @@
 // and texts), bad properties are reported with their place, and the builder hands typed values
 // to the section appliers of higher layers.
 #include "controls/edit_number_adapter.hpp"
+#include "platform/archive/node_archive_writer.hpp"
+#include "platform/archive/ui_node_builder.hpp"
 #include "platform/core/localizer.hpp"
 #include "platform/rulers/decibel_ruler.hpp"
 #include "platform/rulers/linear_ruler.hpp"
 #include "platform/rulers/log_ruler.hpp"
-#include "platform/archive/node_archive_writer.hpp"
-#include "platform/archive/ui_node_builder.hpp"
 
 #include <gtest/gtest.h>
 

@@ -2,13 +2,13 @@
 // typing, the wheel with each hot text scale, limits, the unknown value, disabling with its
 // tool tip, and the layout of the parts in both directions.
 #include "controls/edit_number.hpp"
-#include "platform/widgets/control_recorder.hpp"
 #include "platform/core/null_pointer_exception.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/rulers/linear_ruler.hpp"
 #include "platform/skins/skins.hpp"
-#include "platform/widgets/ui_text_field.hpp"
+#include "platform/ui/headless_window.hpp"
 #include "platform/ui/ui_tool_tip.hpp"
+#include "platform/widgets/control_recorder.hpp"
+#include "platform/widgets/ui_text_field.hpp"
 
 #include <gtest/gtest.h>
 

@@ -3,10 +3,10 @@
 // double click, an Alt-click and the menu), alone and inside an edit number.
 #include "controls/edit_number.hpp"
 #include "controls/fader_slider.hpp"
-#include "platform/widgets/control_recorder.hpp"
+#include "platform/menus/ui_menu_overlay.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/menus/ui_menu_overlay.hpp"
+#include "platform/widgets/control_recorder.hpp"
 
 #include <gtest/gtest.h>
 

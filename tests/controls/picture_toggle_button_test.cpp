@@ -1,10 +1,10 @@
 // The picture toggle through the headless window: one toggle a press, at the press, shown by
 // its two images, heard by the listeners.
 #include "controls/picture_toggle_button.hpp"
-#include "platform/widgets/control_recorder.hpp"
 #include "platform/draw/image.hpp"
 #include "platform/draw/penrig.hpp"
 #include "platform/ui/headless_window.hpp"
+#include "platform/widgets/control_recorder.hpp"
 
 #include <gtest/gtest.h>
 

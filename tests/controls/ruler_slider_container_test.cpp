@@ -4,9 +4,9 @@
 #include "controls/fader_slider.hpp"
 #include "controls/ruler_slider_container.hpp"
 #include "platform/core/null_pointer_exception.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/rulers/linear_ruler.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 
 #include <gtest/gtest.h>
 

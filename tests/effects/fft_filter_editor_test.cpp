@@ -6,15 +6,15 @@
 #include "framework/effect_catalogue.hpp"
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/dialogs/curve_point_edit_dialog.hpp"
+#include "platform/menus/ui_menu_overlay.hpp"
+#include "platform/panels/ui_static_text.hpp"
 #include "platform/rulers/linear_ruler.hpp"
 #include "platform/rulers/log_ruler.hpp"
 #include "platform/ui/modal_testing.hpp"
 #include "platform/widgets/ui_checkbox.hpp"
 #include "platform/widgets/ui_disclosure_triangle_button.hpp"
-#include "platform/menus/ui_menu_overlay.hpp"
 #include "platform/widgets/ui_picture_button.hpp"
 #include "platform/widgets/ui_popup.hpp"
-#include "platform/panels/ui_static_text.hpp"
 
 #include <gtest/gtest.h>
 

@@ -7,8 +7,8 @@
 #include "effects/fft_filter_graph.hpp"
 #include "framework/library.hpp"
 #include "platform/draw/cairo_supplier.hpp"
-#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/host/parameter_store_filter.hpp"
+#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/ui/headless_window.hpp"
 
 #include <algorithm>

@@ -5,13 +5,13 @@
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
 #include "platform/draw/cairo_supplier.hpp"
-#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/host/parameter_store_filter.hpp"
-#include "platform/ui/headless_window.hpp"
+#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
+#include "platform/panels/ui_static_text.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 #include "platform/widgets/ui_radio_button.hpp"
 #include "platform/widgets/ui_radio_group.hpp"
-#include "platform/panels/ui_static_text.hpp"
 
 #include <gtest/gtest.h>
 

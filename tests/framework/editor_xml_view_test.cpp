@@ -6,11 +6,11 @@
 #include "framework/audio_filter_editor_xml_view.hpp"
 #include "framework/resource_manager.hpp"
 #include "platform/host/parameter_store_filter.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
+#include "platform/ui/ui_tool_tip.hpp"
 #include "platform/widgets/ui_hot_text_number.hpp"
 #include "platform/widgets/ui_popup.hpp"
-#include "platform/ui/ui_tool_tip.hpp"
 
 #include "platform/archive/node_archive_writer.hpp"
 

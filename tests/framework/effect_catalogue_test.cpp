@@ -4,8 +4,8 @@
 #include "framework/pending_editor_view.hpp"
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/draw/cairo_supplier.hpp"
-#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/host/parameter_store_filter.hpp"
+#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/skins/skins.hpp"
 
 #include <gtest/gtest.h>

@@ -6,13 +6,13 @@
 #include "platform/core/trace.hpp"
 #include "platform/draw/cairo_supplier.hpp"
 #include "platform/host/parameter_store_filter.hpp"
+#include "platform/panels/ui_static_text.hpp"
 #include "platform/tess/ui_tess.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/widgets/ui_hot_text_number.hpp"
 #include "platform/widgets/ui_knob.hpp"
 #include "platform/widgets/ui_popup.hpp"
 #include "platform/widgets/ui_slider.hpp"
-#include "platform/panels/ui_static_text.hpp"
 #include "sheet/sheet.hpp"
 
 #include <gtest/gtest.h>

@@ -7,10 +7,10 @@
 
 #include "graphs/curve_editor.hpp"
 #include "graphs/curve_point_move_capture.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/rulers/linear_ruler.hpp"
-#include "platform/widgets/ui_interactive_control_view.hpp"
+#include "platform/ui/headless_window.hpp"
 #include "platform/ui/ui_node_manager.hpp"
+#include "platform/widgets/ui_interactive_control_view.hpp"
 
 #include <gtest/gtest.h>
 

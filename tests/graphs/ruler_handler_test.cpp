@@ -5,9 +5,9 @@
 
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/rulers/linear_ruler.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 #include "platform/ui/ui_node_manager.hpp"
 
 #include <gtest/gtest.h>

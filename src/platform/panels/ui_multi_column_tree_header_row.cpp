@@ -2,8 +2,8 @@
 
 #include "platform/draw/penrig.hpp"
 #include "platform/skins/control_drawing.hpp"
-#include "platform/ui/input_capture.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/input_capture.hpp"
 #include "platform/ui/ui_node_manager.hpp"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 #include "platform/panels/ui_outline_box_with_label.hpp"
 
 #include "platform/draw/penrig.hpp"
+#include "platform/panels/ui_outline_box.hpp"
 #include "platform/skins/control_drawing.hpp"
 #include "platform/skins/skins.hpp"
-#include "platform/panels/ui_outline_box.hpp"
 
 #include <cmath>
 

@@ -1,14 +1,14 @@
 // The widgets of a layout that hold others: the arrangers (`row`, `column`, `overlay`,
 // `layout_script`), `subview`, `group`, `optional`, `tab_group` and `radiogroup`.
 
+#include "platform/panels/ui_outline_box_with_label.hpp"
+#include "platform/panels/ui_tab_group.hpp"
+#include "platform/skins/control_drawing.hpp"
 #include "platform/tess/assemblage.hpp"
 #include "platform/tess/tess_widgets.hpp"
 #include "platform/tess/ui_tess_sub_view.hpp"
 #include "platform/tess/ui_tess_view_holder.hpp"
-#include "platform/skins/control_drawing.hpp"
-#include "platform/panels/ui_outline_box_with_label.hpp"
 #include "platform/widgets/ui_radio_group.hpp"
-#include "platform/panels/ui_tab_group.hpp"
 
 #include <algorithm>
 #include <cmath>

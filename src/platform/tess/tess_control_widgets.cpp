@@ -2,21 +2,21 @@
 // `button`, `toggle_button`, `popup`, `knob`, `slider`, `separator`, `image` and
 // `inline_edit_number`, each a control of the toolkit bound to its cell through the assemblage.
 
+#include "platform/panels/ui_divider.hpp"
+#include "platform/panels/ui_image_view.hpp"
+#include "platform/panels/ui_static_text.hpp"
+#include "platform/skins/control_drawing.hpp"
 #include "platform/tess/assemblage.hpp"
 #include "platform/tess/tess_widgets.hpp"
-#include "platform/skins/control_drawing.hpp"
+#include "platform/ui/ui_sub_view.hpp"
 #include "platform/widgets/ui_checkbox.hpp"
-#include "platform/panels/ui_divider.hpp"
 #include "platform/widgets/ui_hot_text_number.hpp"
-#include "platform/panels/ui_image_view.hpp"
 #include "platform/widgets/ui_knob.hpp"
 #include "platform/widgets/ui_picture_button.hpp"
 #include "platform/widgets/ui_popup.hpp"
 #include "platform/widgets/ui_radio_button.hpp"
 #include "platform/widgets/ui_radio_group.hpp"
 #include "platform/widgets/ui_slider.hpp"
-#include "platform/panels/ui_static_text.hpp"
-#include "platform/ui/ui_sub_view.hpp"
 #include "platform/widgets/ui_text_button.hpp"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "core/number_text.hpp"
+#include "platform/skins/control_drawing.hpp"
 #include "platform/tess/assemblage.hpp"
 #include "platform/tess/tess_widgets.hpp"
-#include "platform/skins/control_drawing.hpp"
 
 #include <cmath>
 

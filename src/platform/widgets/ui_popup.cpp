@@ -1,10 +1,10 @@
 #include "platform/widgets/ui_popup.hpp"
 
 #include "platform/draw/penrig.hpp"
-#include "platform/skins/control_drawing.hpp"
 #include "platform/menus/os_menu.hpp"
-#include "platform/skins/skins.hpp"
 #include "platform/menus/ui_menu_overlay.hpp"
+#include "platform/skins/control_drawing.hpp"
+#include "platform/skins/skins.hpp"
 
 #include <cmath>
 

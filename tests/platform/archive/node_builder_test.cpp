@@ -2,17 +2,17 @@
 // texts and a custom node; malformed archives; the ".V7" preference under each look.
 #include "golden_image.hpp"
 #include "node_archive_writer.hpp"
+#include "platform/archive/ui_node_builder.hpp"
 #include "platform/core/localizer.hpp"
 #include "platform/core/trace.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/headless_window.hpp"
+#include "platform/panels/ui_outline_box_with_label.hpp"
+#include "platform/panels/ui_static_text.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 #include "platform/widgets/ui_checkbox.hpp"
 #include "platform/widgets/ui_hot_text_number.hpp"
-#include "platform/archive/ui_node_builder.hpp"
-#include "platform/panels/ui_outline_box_with_label.hpp"
 #include "platform/widgets/ui_popup.hpp"
-#include "platform/panels/ui_static_text.hpp"
 #include "platform/widgets/ui_text_button.hpp"
 
 #include <gtest/gtest.h>

@@ -2,9 +2,9 @@
 // changed function runs on each change, OK keeps the colour and a cancel puts it back.
 #include "golden_image.hpp"
 #include "platform/dialogs/color_picker_dialog.hpp"
+#include "platform/skins/skins.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/skins/skins.hpp"
 #include "platform/widgets/ui_text_field.hpp"
 
 #include <gtest/gtest.h>

@@ -2,9 +2,9 @@
 // into with Return and Escape, with limits, malformed input, a disabled field and its look.
 #include "golden_image.hpp"
 #include "platform/dialogs/curve_point_edit_dialog.hpp"
+#include "platform/skins/skins.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/skins/skins.hpp"
 #include "platform/widgets/ui_text_field.hpp"
 
 #include <gtest/gtest.h>

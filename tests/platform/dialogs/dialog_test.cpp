@@ -1,8 +1,8 @@
 // Modal dialogs and notes through the headless window: answered by the responder, clicked,
 // confirmed with Return, cancelled with Escape, and modal towards the views below.
+#include "platform/dialogs/ui_modal_dialog.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/dialogs/ui_modal_dialog.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // Pop-up menus through the headless window: answered by the responder, driven by real pointer
 // and key events, cancelled every way, and their golden images in both looks.
 #include "golden_image.hpp"
+#include "platform/menus/ui_menu_overlay.hpp"
+#include "platform/skins/skins.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/modal_testing.hpp"
-#include "platform/skins/skins.hpp"
-#include "platform/menus/ui_menu_overlay.hpp"
 #include "platform/ui/ui_node_manager.hpp"
 
 #include <gtest/gtest.h>

@@ -2,9 +2,9 @@
 // selection by clicks and keys, scrolling, cell drawing callbacks and the look at 1x and 2x.
 #include "golden_image.hpp"
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/headless_window.hpp"
-#include "platform/skins/skins.hpp"
 #include "platform/panels/ui_multi_column_tree.hpp"
+#include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // Tab groups through the headless window: clicks and keys select a tab and show only its panel.
 #include "golden_image.hpp"
-#include "platform/ui/headless_window.hpp"
-#include "platform/skins/skins.hpp"
 #include "platform/panels/ui_tab_group.hpp"
+#include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 
 #include <gtest/gtest.h>
 

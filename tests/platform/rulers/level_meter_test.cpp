@@ -1,10 +1,10 @@
 // Level meters: peaks that hold and fall on the window's virtual clock, valleys, latching clip
 // indicators, gain reduction from the top, channel groups, and golden images of both looks.
 #include "golden_image.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/rulers/linear_ruler.hpp"
-#include "platform/skins/skins.hpp"
 #include "platform/rulers/ui_level_meter_view.hpp"
+#include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 
 #include <gtest/gtest.h>
 

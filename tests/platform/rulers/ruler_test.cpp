@@ -3,10 +3,10 @@
 #include "golden_image.hpp"
 #include "platform/draw/penrig.hpp"
 #include "platform/rulers/decibel_ruler.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/rulers/linear_ruler.hpp"
 #include "platform/rulers/log_ruler.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 
 #include <gtest/gtest.h>
 

@@ -2,13 +2,13 @@
 
 #include "core/stream_error.hpp"
 #include "platform/core/trace.hpp"
+#include "platform/panels/ui_static_text.hpp"
+#include "platform/panels/ui_tab_group.hpp"
 #include "platform/widgets/ui_checkbox.hpp"
 #include "platform/widgets/ui_hot_text_number.hpp"
 #include "platform/widgets/ui_popup.hpp"
 #include "platform/widgets/ui_radio_button.hpp"
 #include "platform/widgets/ui_slider.hpp"
-#include "platform/panels/ui_static_text.hpp"
-#include "platform/panels/ui_tab_group.hpp"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 // press, drawn over the other nodes and kept inside the window; the window's one tip for the
 // nodes' own texts, beside controls that keep a hover tip of their own.
 #include "platform/draw/penrig.hpp"
-#include "platform/ui/headless_window.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 #include "platform/ui/ui_tool_tip.hpp"
 #include "platform/ui/ui_tool_tip_hover.hpp"
 

@@ -2,12 +2,12 @@
 // releases outside, Escape, and what each sends.
 #include "control_recorder.hpp"
 #include "platform/draw/image.hpp"
+#include "platform/panels/ui_static_text.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/widgets/ui_checkbox.hpp"
 #include "platform/widgets/ui_disclosure_triangle_button.hpp"
 #include "platform/widgets/ui_picture_button.hpp"
 #include "platform/widgets/ui_radio_group.hpp"
-#include "platform/panels/ui_static_text.hpp"
 #include "platform/widgets/ui_text_button.hpp"
 
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 // controls (begin 0, continue 1, finish 2, cancel 3).
 #include "control_recorder.hpp"
 #include "platform/ui/headless_window.hpp"
-#include "platform/widgets/ui_interactive_control_view.hpp"
 #include "platform/ui/ui_node_manager.hpp"
+#include "platform/widgets/ui_interactive_control_view.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,18 +1,18 @@
 // A gallery of the value controls in their usual states, rendered headless and compared with
 // the goldens in tests/golden/ at 1x and 2x.
 #include "golden_image.hpp"
-#include "platform/ui/headless_window.hpp"
+#include "platform/panels/ui_divider.hpp"
+#include "platform/panels/ui_outline_box_with_label.hpp"
+#include "platform/panels/ui_static_text.hpp"
 #include "platform/skins/skins.hpp"
+#include "platform/ui/headless_window.hpp"
 #include "platform/widgets/ui_checkbox.hpp"
 #include "platform/widgets/ui_disclosure_triangle_button.hpp"
-#include "platform/panels/ui_divider.hpp"
 #include "platform/widgets/ui_hot_text_number.hpp"
 #include "platform/widgets/ui_knob.hpp"
-#include "platform/panels/ui_outline_box_with_label.hpp"
 #include "platform/widgets/ui_popup.hpp"
 #include "platform/widgets/ui_radio_group.hpp"
 #include "platform/widgets/ui_slider.hpp"
-#include "platform/panels/ui_static_text.hpp"
 #include "platform/widgets/ui_text_button.hpp"
 
 #include <gtest/gtest.h>

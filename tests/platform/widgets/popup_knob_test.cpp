@@ -2,13 +2,13 @@
 // double click), and the passive pieces: outline boxes, dividers and image views.
 #include "control_recorder.hpp"
 #include "platform/draw/image.hpp"
-#include "platform/ui/headless_window.hpp"
-#include "platform/ui/modal_testing.hpp"
+#include "platform/menus/ui_menu_overlay.hpp"
 #include "platform/panels/ui_divider.hpp"
 #include "platform/panels/ui_image_view.hpp"
-#include "platform/widgets/ui_knob.hpp"
-#include "platform/menus/ui_menu_overlay.hpp"
 #include "platform/panels/ui_outline_box_with_label.hpp"
+#include "platform/ui/headless_window.hpp"
+#include "platform/ui/modal_testing.hpp"
+#include "platform/widgets/ui_knob.hpp"
 #include "platform/widgets/ui_popup.hpp"
 
 #include <gtest/gtest.h>
