@@ -8,7 +8,7 @@
 #include "core/expression/expression_formatter.hpp"
 #include "core/expression/parser.hpp"
 #include "core/expression/virtual_machine.hpp"
-#include "core/expression_format.hpp"
+#include "core/expression_value_format.hpp"
 #include "core/stream_error.hpp"
 
 #include <cctype>
@@ -47,7 +47,7 @@ const char usage_text[] =
 
 std::string expression_text(const vorlen::any_regular_t& value) {
     std::ostringstream out;
-    vorlen::expression_format_t format;
+    vorlen::expression_value_format_t format;
     vorlen::format_scope_t scope(out, format);
     out << value;
     return out.str();

@@ -81,8 +81,8 @@ public:
         if (!started_) {
             started_ = true;
             last_ = now;
-            last_window_ = window;
-            last_process_ = process;
+            lastWindow_ = window;
+            lastProcess_ = process;
             return;
         }
         const double real = std::chrono::duration<double>(now - last_).count();
@@ -94,11 +94,11 @@ public:
         else
             std::cout << "-";
         std::cout << std::fixed << std::setprecision(1) << ", process thread "
-                  << 100.0 * (process - last_process_) / real << " %, window "
-                  << 100.0 * (window - last_window_) / real << " %" << std::endl;
+                  << 100.0 * (process - lastProcess_) / real << " %, window "
+                  << 100.0 * (window - lastWindow_) / real << " %" << std::endl;
         last_ = now;
-        last_window_ = window;
-        last_process_ = process;
+        lastWindow_ = window;
+        lastProcess_ = process;
     }
 
 private:
@@ -106,8 +106,8 @@ private:
     std::atomic<double> process_{0.0};
     bool started_ = false;
     std::chrono::steady_clock::time_point last_;
-    double last_window_ = 0.0;
-    double last_process_ = 0.0;
+    double lastWindow_ = 0.0;
+    double lastProcess_ = 0.0;
 };
 
 int run(const command_t& command, const std::vector<std::string>& all_arguments) {

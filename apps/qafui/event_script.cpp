@@ -295,7 +295,7 @@ event_script_t read_event_script(const std::string& path) {
 
 event_player_t::event_player_t(qorui::HeadlessWindow& window, qorui::UI_Node& editor,
                                keep_time_t keep_time)
-    : window_(window), editor_(editor), keep_time_(std::move(keep_time)) {}
+    : window_(window), editor_(editor), keepTime_(std::move(keep_time)) {}
 
 void event_player_t::fail(int line, const std::string& reason) const {
     throw event_script_error(script_->file + ":" + std::to_string(line) + ": " + reason);
@@ -317,14 +317,14 @@ void event_player_t::click(const qorcore::PointT<float>& at, int mouse_button, i
                            ModifierFlags modifiers) {
     // Two single clicks in a row must not read as a double click: wait out the toolkit's
     // double-click time first, as a person would.
-    if (clicks == 1 && last_press_ >= 0.0) {
-        const double since = window_.GetTimeSeconds() - last_press_;
+    if (clicks == 1 && lastPress_ >= 0.0) {
+        const double since = window_.GetTimeSeconds() - lastPress_;
         if (since < kDoubleClickSeconds)
-            keep_time_(kDoubleClickSeconds - since + 0.01);
+            keepTime_(kDoubleClickSeconds - since + 0.01);
     }
     for (int i = 0; i < clicks; ++i)
         window_.Click(at.x, at.y, qorui::MouseButton(mouse_button), modifiers);
-    last_press_ = window_.GetTimeSeconds();
+    lastPress_ = window_.GetTimeSeconds();
 }
 
 void event_player_t::run(const event_t& event) {
@@ -349,10 +349,10 @@ void event_player_t::run(const event_t& event) {
             const float t = float(i) / float(event.steps);
             window_.MouseMove(from.x + (to.x - from.x) * t, from.y + (to.y - from.y) * t,
                               event.modifiers);
-            keep_time_(0.01);
+            keepTime_(0.01);
         }
         window_.MouseUp(to.x, to.y, qorui::MouseButton::kLeft, event.modifiers);
-        last_press_ = -1.0;
+        lastPress_ = -1.0;
         break;
     }
     case kind_t::wheel: {
@@ -363,7 +363,7 @@ void event_player_t::run(const event_t& event) {
     }
     case kind_t::key: window_.PressKey(event.key, event.modifiers); break;
     case kind_t::type: window_.TypeText(event.text); break;
-    case kind_t::wait: keep_time_(event.amount); return;
+    case kind_t::wait: keepTime_(event.amount); return;
     case kind_t::answer: answers_.push_back(event); return;
     }
     if (error_) {
@@ -371,7 +371,7 @@ void event_player_t::run(const event_t& event) {
         error_.reset();
         throw event_script_error(reason);
     }
-    keep_time_(kSettleSeconds);
+    keepTime_(kSettleSeconds);
 }
 
 bool event_player_t::answer(qorui::UI_ModalOverlay& overlay, int number, int line) {

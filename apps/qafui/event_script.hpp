@@ -97,12 +97,12 @@ private:
 
     qorui::HeadlessWindow& window_;
     qorui::UI_Node& editor_;
-    keep_time_t keep_time_;
+    keep_time_t keepTime_;
     const event_script_t* script_ = nullptr;
     std::size_t next_ = 0;
     std::deque<event_t> answers_;      ///< answers written before their menu opened
     std::optional<std::string> error_; ///< a fault met inside a modal loop, thrown after it
-    double last_press_ = -1.0;
+    double lastPress_ = -1.0;
 };
 
 } // namespace qafui::cli

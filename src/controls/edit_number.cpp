@@ -77,18 +77,18 @@ const qorcore::FaderTranslator<double>& SliderFaderLaw() {
 class EditNumberHotText final : public qorui::UI_HotTextNumber {
 public:
     void SetShowNegativeInfinity(bool show) {
-        show_negative_infinity_ = show;
+        showNegativeInfinity_ = show;
         EmitInvalidate();
     }
 
     std::string GetDisplayString() const override {
-        if (show_negative_infinity_ && !IsValueUnknown() && GetValue() <= GetMinValue())
+        if (showNegativeInfinity_ && !IsValueUnknown() && GetValue() <= GetMinValue())
             return "-\u221E";
         return UI_HotTextNumber::GetDisplayString();
     }
 
 private:
-    bool show_negative_infinity_ = false;
+    bool showNegativeInfinity_ = false;
 };
 
 SliderDirection DirectionFor(bool horizontal, SliderKnob knob) {
@@ -118,33 +118,33 @@ float TextHeight(const qorui::penrig::Font& font) {
 
 EditNumber::EditNumber(bool horizontal, bool usesLabel, bool usesSlider, bool usesInline,
                        SliderKnob knob)
-    : is_horizontal_(horizontal), uses_inline_(usesInline), uses_label_(usesLabel),
-      uses_slider_(usesSlider) {
-    if (uses_label_) {
+    : isHorizontal_(horizontal), usesInline_(usesInline), usesLabel_(usesLabel),
+      usesSlider_(usesSlider) {
+    if (usesLabel_) {
         label_ = MakeText(false);
         ChildPushBack(label_);
     }
-    if (uses_slider_) {
+    if (usesSlider_) {
         const SliderDirection direction = DirectionFor(horizontal, knob);
         IntrusivePtr<qorui::UI_Slider> slider =
             knob == kSliderKnobFader
                 ? IntrusivePtr<qorui::UI_Slider>(qorcore::MakeIntrusive<FaderSlider>(direction))
                 : qorcore::MakeIntrusive<qorui::UI_Slider>(direction);
-        ruler_slider_container_ = qorcore::MakeIntrusive<RulerSliderContainer>(slider);
-        ruler_slider_container_->SetSlideableDrawInsetPercent(0.3f);
-        ChildPushBack(ruler_slider_container_);
-        slider_connection_ = slider->ConnectChangedInteractively(
+        rulerSliderContainer_ = qorcore::MakeIntrusive<RulerSliderContainer>(slider);
+        rulerSliderContainer_->SetSlideableDrawInsetPercent(0.3f);
+        ChildPushBack(rulerSliderContainer_);
+        sliderConnection_ = slider->ConnectChangedInteractively(
             [this](const UI_InteractiveControlChangedMessage& m) { SliderChangeNotifier(m); });
     }
-    hot_text_number_ = qorcore::MakeIntrusive<EditNumberHotText>();
-    hot_text_number_->SetIsDropPrecisionOnIncrement(true);
-    hot_text_number_->SetIncrement(increment_);
-    ChildPushBack(hot_text_number_);
-    hot_text_connection_ = hot_text_number_->ConnectChangedInteractively(
+    hotTextNumber_ = qorcore::MakeIntrusive<EditNumberHotText>();
+    hotTextNumber_->SetIsDropPrecisionOnIncrement(true);
+    hotTextNumber_->SetIncrement(increment_);
+    ChildPushBack(hotTextNumber_);
+    hotTextConnection_ = hotTextNumber_->ConnectChangedInteractively(
         [this](const UI_InteractiveControlChangedMessage& m) { HotTextNumberChangeNotifier(m); });
-    if (!uses_inline_) {
-        unit_label_ = MakeText(false);
-        ChildPushBack(unit_label_);
+    if (!usesInline_) {
+        unitLabel_ = MakeText(false);
+        ChildPushBack(unitLabel_);
     }
     SyncSlider();
     UpdateHotTextSize();
@@ -152,15 +152,15 @@ EditNumber::EditNumber(bool horizontal, bool usesLabel, bool usesSlider, bool us
 
 EditNumber::~EditNumber() {
     // The hot text may outlive the control; its steps must not reach back into it.
-    hot_text_number_->ClearTranslateIncrementAmountFunction();
+    hotTextNumber_->ClearTranslateIncrementAmountFunction();
 }
 
 IntrusivePtr<qorui::UI_StaticText> EditNumber::MakeText(bool small) const {
     auto text = qorcore::MakeIntrusive<qorui::UI_StaticText>();
     if (small)
         text->SetFont(qorui::control_drawing::GetSmallControlFont());
-    text->SetAlignment(is_horizontal_ || small ? qorui::penrig::HorizontalAlignment::kLeft
-                                               : qorui::penrig::HorizontalAlignment::kCenter);
+    text->SetAlignment(isHorizontal_ || small ? qorui::penrig::HorizontalAlignment::kLeft
+                                              : qorui::penrig::HorizontalAlignment::kCenter);
     text->UI_SetToolTip(GetToolTipText());
     return text;
 }
@@ -183,10 +183,10 @@ EditNumber& EditNumber::GetEnclosing(const qorui::UI_Node* node) {
 void EditNumber::SetValue(double value) {
     if (std::isnan(value))
         return;
-    value = std::min(max_value_, std::max(min_value_, value));
+    value = std::min(maxValue_, std::max(minValue_, value));
     const bool wasUnknown = IsValueUnknown();
     UI_InteractiveControlView::SetValue(value);
-    hot_text_number_->SetValue(value);
+    hotTextNumber_->SetValue(value);
     SyncSlider();
     if (wasUnknown)
         UpdateSliderEnabled();
@@ -194,17 +194,17 @@ void EditNumber::SetValue(double value) {
 
 void EditNumber::SetValueUnknown() {
     UI_InteractiveControlView::SetValueUnknown();
-    hot_text_number_->SetValueUnknown();
+    hotTextNumber_->SetValueUnknown();
     UpdateSliderEnabled();
 }
 
 void EditNumber::IncrementValue(double amount, ModifierFlags modifiers) {
-    hot_text_number_->IncrementValue(amount, modifiers);
-    if (hot_text_number_->IsValueUnknown())
+    hotTextNumber_->IncrementValue(amount, modifiers);
+    if (hotTextNumber_->IsValueUnknown())
         return;
     const bool wasUnknown = IsValueUnknown();
     UI_InteractiveControlView::SetValue(
-        std::max(min_value_, std::min(max_value_, hot_text_number_->GetValue())));
+        std::max(minValue_, std::min(maxValue_, hotTextNumber_->GetValue())));
     SyncSlider();
     if (wasUnknown)
         UpdateSliderEnabled();
@@ -219,18 +219,18 @@ void EditNumber::UpdateSliderEnabled() {
 
 void EditNumber::ApplyLimitsToHotText() {
     // The minimum first: the hot text raises its maximum to a minimum above it.
-    hot_text_number_->SetMinValue(min_value_);
-    hot_text_number_->SetMaxValue(max_value_);
+    hotTextNumber_->SetMinValue(minValue_);
+    hotTextNumber_->SetMaxValue(maxValue_);
 }
 
 void EditNumber::SetMinValue(double min) {
     if (std::isnan(min))
         return;
-    min_value_ = min;
-    max_value_ = std::max(max_value_, min_value_);
+    minValue_ = min;
+    maxValue_ = std::max(maxValue_, minValue_);
     ApplyLimitsToHotText();
-    if (!IsValueUnknown() && GetValue() < min_value_)
-        SetValue(min_value_);
+    if (!IsValueUnknown() && GetValue() < minValue_)
+        SetValue(minValue_);
     SyncSlider();
     UpdateHotTextSize();
 }
@@ -238,10 +238,10 @@ void EditNumber::SetMinValue(double min) {
 void EditNumber::SetMaxValue(double max) {
     if (std::isnan(max))
         return;
-    max_value_ = std::max(max, min_value_);
+    maxValue_ = std::max(max, minValue_);
     ApplyLimitsToHotText();
-    if (!IsValueUnknown() && GetValue() > max_value_)
-        SetValue(max_value_);
+    if (!IsValueUnknown() && GetValue() > maxValue_)
+        SetValue(maxValue_);
     SyncSlider();
     UpdateHotTextSize();
 }
@@ -249,11 +249,11 @@ void EditNumber::SetMaxValue(double max) {
 void EditNumber::SetMinMaxValue(double min, double max, double value) {
     if (std::isnan(min) || std::isnan(max))
         return;
-    min_value_ = min;
-    max_value_ = std::max(max, min);
+    minValue_ = min;
+    maxValue_ = std::max(max, min);
     ApplyLimitsToHotText();
     if (!std::isnan(value))
-        SetValue(std::min(max_value_, std::max(min_value_, value)));
+        SetValue(std::min(maxValue_, std::max(minValue_, value)));
     SyncSlider();
     UpdateHotTextSize();
 }
@@ -261,45 +261,45 @@ void EditNumber::SetMinMaxValue(double min, double max, double value) {
 void EditNumber::SetLogSliderMinValueThreshold(double threshold) {
     if (std::isnan(threshold))
         return;
-    log_slider_min_value_threshold_ = threshold;
+    logSliderMinValueThreshold_ = threshold;
     SyncSlider();
 }
 
 // ---- slider ----
 
 qorui::UI_Slider* EditNumber::GetSlider() const {
-    return ruler_slider_container_ ? ruler_slider_container_->GetSlider() : nullptr;
+    return rulerSliderContainer_ ? rulerSliderContainer_->GetSlider() : nullptr;
 }
 
 void EditNumber::SetSliderLogarithmic(bool logarithmic) {
-    slider_logarithmic_ = logarithmic;
+    sliderLogarithmic_ = logarithmic;
     SyncSlider();
 }
 
 void EditNumber::SetSliderLogStyle(qorcore::Flags<unsigned int> style) {
-    slider_log_style_ = style;
+    sliderLogStyle_ = style;
     SyncSlider();
 }
 
 void EditNumber::SetLogBase(double base) {
     if (std::isnan(base))
         return;
-    log_base_ = base;
+    logBase_ = base;
     SyncSlider();
 }
 
 void EditNumber::SetInvertSlider(bool invert) {
-    invert_slider_ = invert;
+    invertSlider_ = invert;
     SyncSlider();
 }
 
 void EditNumber::SetSliderLength(std::uint32_t length) {
-    slider_length_ = length;
+    sliderLength_ = length;
     RecalcLayout();
 }
 
 void EditNumber::SetSliderStretches(bool stretches) {
-    slider_stretches_ = stretches;
+    sliderStretches_ = stretches;
     RecalcLayout();
 }
 
@@ -313,126 +313,126 @@ double EditNumber::GetSliderValue() const {
     if (!slider)
         return 0.0;
     double t = slider->GetNormalizedValue();
-    if (invert_slider_)
+    if (invertSlider_)
         t = 1.0 - t;
-    const double min = min_value_;
-    const double max = max_value_;
+    const double min = minValue_;
+    const double max = maxValue_;
     const double range = max - min;
-    if (!slider_logarithmic_)
+    if (!sliderLogarithmic_)
         return min + range * t;
-    if (slider_log_style_.GetValue() == 1)
+    if (sliderLogStyle_.GetValue() == 1)
         return std::min(max, std::max(min, SliderFaderLaw().GetDecibelValue(t)));
     double value = min + range * t;
-    if (min >= log_slider_min_value_threshold_)
-        value = LogParameters(log_base_, min, max).ValueAt(value);
+    if (min >= logSliderMinValueThreshold_)
+        value = LogParameters(logBase_, min, max).ValueAt(value);
     return std::min(max, std::max(min, value));
 }
 
 void EditNumber::SetSliderValue(double value) {
     qorui::UI_Slider* slider = GetSlider();
-    if (!slider || max_value_ == min_value_ || std::isnan(value))
+    if (!slider || maxValue_ == minValue_ || std::isnan(value))
         return;
-    const double min = min_value_;
-    const double max = max_value_;
+    const double min = minValue_;
+    const double max = maxValue_;
     const double range = max - min;
     double t;
-    if (slider_logarithmic_ && slider_log_style_.GetValue() == 1) {
+    if (sliderLogarithmic_ && sliderLogStyle_.GetValue() == 1) {
         t = SliderFaderLaw().GetNormalizedValue(value);
-    } else if (slider_logarithmic_ && min >= log_slider_min_value_threshold_) {
-        const LogParameters p(log_base_, min, max);
+    } else if (sliderLogarithmic_ && min >= logSliderMinValueThreshold_) {
+        const LogParameters p(logBase_, min, max);
         const double linear = (p.high - p.low) * p.ShareOf(value) + p.low;
         t = (linear - min) / range;
     } else {
         t = (value - min) / range;
     }
-    if (invert_slider_)
+    if (invertSlider_)
         t = 1.0 - t;
     slider->SetNormalizedValue(t);
-    slider_position_ = slider->GetNormalizedValue();
+    sliderPosition_ = slider->GetNormalizedValue();
 }
 
 // ---- hot text ----
 
 void EditNumber::SetDecimalPlaces(int places) {
-    hot_text_number_->SetDecimalPlaces(places);
+    hotTextNumber_->SetDecimalPlaces(places);
     UpdateHotTextSize();
 }
 
 int EditNumber::GetDecimalPlaces() const {
-    return hot_text_number_->GetDecimalPlaces();
+    return hotTextNumber_->GetDecimalPlaces();
 }
 
 void EditNumber::SetDigits(int digits) {
-    hot_text_number_->SetDigits(digits);
+    hotTextNumber_->SetDigits(digits);
     UpdateHotTextSize();
 }
 
 int EditNumber::GetDigits() const {
-    return hot_text_number_->GetDigits();
+    return hotTextNumber_->GetDigits();
 }
 
 void EditNumber::SetIncrement(double increment) {
     if (!(increment > 0) || !std::isfinite(increment))
         return;
     increment_ = increment;
-    hot_text_number_->SetIncrement(increment);
+    hotTextNumber_->SetIncrement(increment);
 }
 
 void EditNumber::SetFormatFlags(unsigned flags) {
-    hot_text_number_->SetFormatFlags(flags);
+    hotTextNumber_->SetFormatFlags(flags);
     UpdateHotTextSize();
 }
 
 unsigned EditNumber::GetFormatFlags() const {
-    return hot_text_number_->GetFormatFlags();
+    return hotTextNumber_->GetFormatFlags();
 }
 
 void EditNumber::SetHotTextNumberAlignment(qorui::penrig::HorizontalAlignment alignment) {
-    hot_text_number_->SetAlignment(alignment);
+    hotTextNumber_->SetAlignment(alignment);
 }
 
 qorui::penrig::HorizontalAlignment EditNumber::GetHotTextNumberAlignment() const {
-    return hot_text_number_->GetAlignment();
+    return hotTextNumber_->GetAlignment();
 }
 
 void EditNumber::SetHotTextScale(HotTextScale scale) {
-    hot_text_scale_ = scale;
+    hotTextScale_ = scale;
     if (scale == kHotTextScaleLinear) {
-        hot_text_number_->ClearTranslateIncrementAmountFunction();
-        hot_text_number_->SetIsDropPrecisionOnIncrement(true);
-        hot_text_number_->SetIncrement(increment_);
+        hotTextNumber_->ClearTranslateIncrementAmountFunction();
+        hotTextNumber_->SetIsDropPrecisionOnIncrement(true);
+        hotTextNumber_->SetIncrement(increment_);
         return;
     }
     // Steps on a curved scale land between the increment's grid points.
-    hot_text_number_->SetIsDropPrecisionOnIncrement(false);
-    hot_text_number_->SetTranslateIncrementAmountFunction(
+    hotTextNumber_->SetIsDropPrecisionOnIncrement(false);
+    hotTextNumber_->SetTranslateIncrementAmountFunction(
         [this](double amount) { return TransformHotTextIncrementAmount(amount); });
 }
 
 void EditNumber::SetHotTextLogBase(double base) {
     if (!std::isnan(base))
-        hot_text_log_base_ = base;
+        hotTextLogBase_ = base;
 }
 
 void EditNumber::SetHotTextScaleRange(double range) {
     if (!std::isnan(range))
-        hot_text_scale_range_ = range;
+        hotTextScaleRange_ = range;
 }
 
 double EditNumber::TransformHotTextIncrementAmount(double amount) const {
-    const double steps = std::max(1.0, hot_text_scale_range_);
-    const double current = hot_text_number_->GetValue();
-    const double mn = hot_text_number_->GetMinValue();
-    const double mx = hot_text_number_->GetMaxValue();
-    switch (hot_text_scale_) {
+    const double steps = std::max(1.0, hotTextScaleRange_);
+    const double current = hotTextNumber_->GetValue();
+    const double mn = hotTextNumber_->GetMinValue();
+    const double mx = hotTextNumber_->GetMaxValue();
+    switch (hotTextScale_) {
     case kHotTextScaleLog: {
-        const LogParameters p(hot_text_log_base_, mn, mx);
+        const LogParameters p(hotTextLogBase_, mn, mx);
         double w = p.ShareOf(current) * (p.high - p.low) + p.low;
         w += (mx - mn) / steps * amount;
         return p.ValueAt(w) - current;
     }
     case kHotTextScaleFader: {
-        const double zero = max_value_ != 0.0 ? (max_value_ - min_value_) / max_value_ : 0.0;
+        const double zero = maxValue_ != 0.0 ? (maxValue_ - minValue_) / maxValue_ : 0.0;
         const qorcore::FaderTranslator<double> law(zero, mx, 15.0);
         return law.GetDecibelValue(law.GetNormalizedValue(current) + amount / steps) - current;
     }
@@ -445,18 +445,18 @@ double EditNumber::TransformHotTextIncrementAmount(double amount) const {
 }
 
 void EditNumber::ShowNegativeInfinity(bool show) {
-    show_negative_infinity_ = show;
-    static_cast<EditNumberHotText&>(*hot_text_number_).SetShowNegativeInfinity(show);
+    showNegativeInfinity_ = show;
+    static_cast<EditNumberHotText&>(*hotTextNumber_).SetShowNegativeInfinity(show);
 }
 
 float EditNumber::GetFontSize() const {
-    return hot_text_number_->GetFontSize();
+    return hotTextNumber_->GetFontSize();
 }
 
 // ---- text ----
 
 void EditNumber::SetLabel(const std::string& label) {
-    label_text_ = label;
+    labelText_ = label;
     if (label_)
         label_->SetText(label);
     RecalcLayout();
@@ -467,11 +467,11 @@ float EditNumber::GetLabelBaseline() const {
 }
 
 void EditNumber::SetUnitLabel(const std::string& unit) {
-    unit_text_ = unit;
-    if (unit_label_)
-        unit_label_->SetText(unit);
-    if (uses_inline_) {
-        hot_text_number_->SetTextLabel(unit);
+    unitText_ = unit;
+    if (unitLabel_)
+        unitLabel_->SetText(unit);
+    if (usesInline_) {
+        hotTextNumber_->SetTextLabel(unit);
         UpdateHotTextSize();
     } else {
         RecalcLayout();
@@ -479,7 +479,7 @@ void EditNumber::SetUnitLabel(const std::string& unit) {
 }
 
 void EditNumber::SetUnitLabelLength(std::uint32_t length) {
-    unit_label_length_ = length;
+    unitLabelLength_ = length;
     RecalcLayout();
 }
 
@@ -512,7 +512,7 @@ const std::string& EditNumber::GetDescription2() const {
 }
 
 void EditNumber::SetToolTip(const std::string& text) {
-    enabled_tool_tip_ = text;
+    enabledToolTip_ = text;
     if (!disabled_)
         UI_SetToolTip(text);
 }
@@ -522,7 +522,7 @@ void EditNumber::SetEnabledTooltip(const std::string& text) {
 }
 
 void EditNumber::SetDisabledTooltip(const std::string& text) {
-    disabled_tool_tip_ = text;
+    disabledToolTip_ = text;
     if (disabled_)
         UI_SetToolTip(text);
 }
@@ -531,11 +531,11 @@ void EditNumber::UI_SetToolTip(const std::string& text) {
     UI_InteractiveControlView::UI_SetToolTip(text);
     // The window shows the tip of the part under the pointer, so every part carries it.
     for (qorui::UI_Node* part : {static_cast<qorui::UI_Node*>(label_.get()),
-                                 static_cast<qorui::UI_Node*>(hot_text_number_.get()),
-                                 static_cast<qorui::UI_Node*>(unit_label_.get()),
+                                 static_cast<qorui::UI_Node*>(hotTextNumber_.get()),
+                                 static_cast<qorui::UI_Node*>(unitLabel_.get()),
                                  static_cast<qorui::UI_Node*>(description1_.get()),
                                  static_cast<qorui::UI_Node*>(description2_.get()),
-                                 static_cast<qorui::UI_Node*>(ruler_slider_container_.get())})
+                                 static_cast<qorui::UI_Node*>(rulerSliderContainer_.get())})
         if (part)
             part->UI_SetToolTip(text);
 }
@@ -543,33 +543,33 @@ void EditNumber::UI_SetToolTip(const std::string& text) {
 // ---- mode ----
 
 void EditNumber::SetUsesInline(bool usesInline) {
-    if (usesInline == uses_inline_)
+    if (usesInline == usesInline_)
         return;
-    uses_inline_ = usesInline;
-    if (uses_inline_) {
-        unit_label_->RemoveFromParent();
-        unit_label_ = nullptr;
-        hot_text_number_->SetTextLabel(unit_text_);
+    usesInline_ = usesInline;
+    if (usesInline_) {
+        unitLabel_->RemoveFromParent();
+        unitLabel_ = nullptr;
+        hotTextNumber_->SetTextLabel(unitText_);
     } else {
-        unit_label_ = MakeText(false);
-        unit_label_->SetText(unit_text_);
+        unitLabel_ = MakeText(false);
+        unitLabel_->SetText(unitText_);
         const auto& children = GetChildren();
         const auto at = std::find_if(children.begin(), children.end(), [this](const auto& child) {
-            return child.get() == hot_text_number_.get();
+            return child.get() == hotTextNumber_.get();
         });
-        ChildInsert(std::size_t(at - children.begin()) + 1, unit_label_);
-        hot_text_number_->SetTextLabel({});
+        ChildInsert(std::size_t(at - children.begin()) + 1, unitLabel_);
+        hotTextNumber_->SetTextLabel({});
     }
     UpdateHotTextSize();
 }
 
 void EditNumber::SetUsesLabel(bool usesLabel) {
-    if (usesLabel == uses_label_)
+    if (usesLabel == usesLabel_)
         return;
-    uses_label_ = usesLabel;
-    if (uses_label_) {
+    usesLabel_ = usesLabel;
+    if (usesLabel_) {
         label_ = MakeText(false);
-        label_->SetText(label_text_);
+        label_->SetText(labelText_);
         ChildInsert(0, label_);
     } else {
         label_->RemoveFromParent();
@@ -580,42 +580,42 @@ void EditNumber::SetUsesLabel(bool usesLabel) {
 
 void EditNumber::SetDisabled(bool disabled) {
     disabled_ = disabled;
-    hot_text_number_->SetDisabled(disabled);
+    hotTextNumber_->SetDisabled(disabled);
     UpdateSliderEnabled();
-    if (ruler_slider_container_)
-        ruler_slider_container_->EmitInvalidate(); // the ruler dims with the slider
-    UI_SetToolTip(disabled ? disabled_tool_tip_ : enabled_tool_tip_);
+    if (rulerSliderContainer_)
+        rulerSliderContainer_->EmitInvalidate(); // the ruler dims with the slider
+    UI_SetToolTip(disabled ? disabledToolTip_ : enabledToolTip_);
 }
 
 // ---- ruler ----
 
 void EditNumber::SetRuler(IntrusivePtr<qorui::RulerBase> ruler, RulerPlacement placement,
                           RulerTextPlacement textPlacement) {
-    qorcore::config::ThrowIfNull(ruler_slider_container_.get(), "RulerSliderContainer")
+    qorcore::config::ThrowIfNull(rulerSliderContainer_.get(), "RulerSliderContainer")
         ->SetRuler(std::move(ruler), placement, textPlacement);
     RecalcLayout();
 }
 
 IntrusivePtr<qorui::RulerBase> EditNumber::GetRuler() const {
-    return ruler_slider_container_ ? ruler_slider_container_->GetRuler() : nullptr;
+    return rulerSliderContainer_ ? rulerSliderContainer_->GetRuler() : nullptr;
 }
 
 RulerPlacement EditNumber::GetRulerPlacement() const {
-    return ruler_slider_container_ ? ruler_slider_container_->GetRulerPlacement()
-                                   : kRulerPlacementLeftTop;
+    return rulerSliderContainer_ ? rulerSliderContainer_->GetRulerPlacement()
+                                 : kRulerPlacementLeftTop;
 }
 
 RulerTextPlacement EditNumber::GetRulerTextPlacement() const {
-    return ruler_slider_container_ ? ruler_slider_container_->GetRulerTextPlacement()
-                                   : kRulerTextPlacementNone;
+    return rulerSliderContainer_ ? rulerSliderContainer_->GetRulerTextPlacement()
+                                 : kRulerTextPlacementNone;
 }
 
 // ---- notifications ----
 
 bool EditNumber::TakeHotTextValue() {
-    if (hot_text_number_->IsValueUnknown())
+    if (hotTextNumber_->IsValueUnknown())
         return false;
-    const double value = std::min(max_value_, hot_text_number_->GetValue());
+    const double value = std::min(maxValue_, hotTextNumber_->GetValue());
     const bool wasUnknown = IsValueUnknown();
     if (value == GetValue() && !wasUnknown)
         return false;
@@ -651,12 +651,12 @@ void EditNumber::SliderChangeNotifier(const UI_InteractiveControlChangedMessage&
     if (change == qorui::kInteractiveChangeContinue || change == qorui::kInteractiveChangeFinish) {
         const qorui::UI_Slider* slider = GetSlider();
         const bool unmoved =
-            !IsValueUnknown() && slider && slider->GetNormalizedValue() == slider_position_;
+            !IsValueUnknown() && slider && slider->GetNormalizedValue() == sliderPosition_;
         const double value = unmoved ? GetValue() : GetSliderValue();
-        hot_text_number_->SetValue(value);
-        UI_InteractiveControlView::SetValue(hot_text_number_->GetValue());
+        hotTextNumber_->SetValue(value);
+        UI_InteractiveControlView::SetValue(hotTextNumber_->GetValue());
         if (slider)
-            slider_position_ = slider->GetNormalizedValue();
+            sliderPosition_ = slider->GetNormalizedValue();
     }
     switch (change) {
     case qorui::kInteractiveChangeBegin: BeginInteractiveChange(message.GetModifiers()); break;
@@ -670,27 +670,27 @@ void EditNumber::SliderChangeNotifier(const UI_InteractiveControlChangedMessage&
 // ---- layout ----
 
 void EditNumber::UpdateHotTextSize() {
-    const qorui::penrig::Font& font = hot_text_number_->GetFont();
+    const qorui::penrig::Font& font = hotTextNumber_->GetFont();
     std::vector<std::string> samples;
-    const int digits = hot_text_number_->GetDigits();
+    const int digits = hotTextNumber_->GetDigits();
     if (qorui::skins::IsRunningV7OrBeyond() && digits > 0) {
         samples.push_back(std::string(std::size_t(digits), '0'));
     } else {
         // Limits far out (the defaults) say nothing of the numbers shown; a typical one does.
-        for (double limit : {min_value_, max_value_})
+        for (double limit : {minValue_, maxValue_})
             if (std::abs(limit) <= 1e12)
-                samples.push_back(hot_text_number_->FormatValue(limit));
+                samples.push_back(hotTextNumber_->FormatValue(limit));
         if (samples.size() < 2)
-            samples.push_back(hot_text_number_->FormatValue(-9999.0));
+            samples.push_back(hotTextNumber_->FormatValue(-9999.0));
     }
     float width = 0;
     for (const std::string& sample : samples)
         width = std::max(width, qorui::control_drawing::MeasureText(sample, font).width);
-    if (!hot_text_number_->GetTextLabel().empty())
+    if (!hotTextNumber_->GetTextLabel().empty())
         width +=
-            qorui::control_drawing::MeasureText(" " + hot_text_number_->GetTextLabel(), font).width;
-    hot_text_number_->SetSize(std::max(kMinHotTextWidth, std::ceil(width + kHotTextPadding)),
-                              kHotTextHeight);
+            qorui::control_drawing::MeasureText(" " + hotTextNumber_->GetTextLabel(), font).width;
+    hotTextNumber_->SetSize(std::max(kMinHotTextWidth, std::ceil(width + kHotTextPadding)),
+                            kHotTextHeight);
     RecalcLayout();
 }
 
@@ -701,21 +701,21 @@ PointT<float> EditNumber::GetDesiredLayout(RectT<float>& sliderRect, RectT<float
     sliderRect = hotTextRect = unitRect = labelRect = description1Rect = description2Rect = {};
     // Sizes first.
     PointT<float> labelSize, unitSize;
-    if (label_ && !label_text_.empty())
+    if (label_ && !labelText_.empty())
         labelSize = {std::ceil(label_->GetTextWidth()), TextHeight(label_->GetFont())};
-    const PointT<float> hotSize = hot_text_number_->GetFrame().Size();
-    if (unit_label_) {
-        const float width = unit_label_length_ > 0 ? float(unit_label_length_)
-                                                   : std::ceil(unit_label_->GetTextWidth());
+    const PointT<float> hotSize = hotTextNumber_->GetFrame().Size();
+    if (unitLabel_) {
+        const float width =
+            unitLabelLength_ > 0 ? float(unitLabelLength_) : std::ceil(unitLabel_->GetTextWidth());
         if (width > 0)
-            unitSize = {width, TextHeight(unit_label_->GetFont())};
+            unitSize = {width, TextHeight(unitLabel_->GetFont())};
     }
-    const float sliderLength = slider_length_ > 0 ? float(slider_length_) : kNaturalSliderLength;
+    const float sliderLength = sliderLength_ > 0 ? float(sliderLength_) : kNaturalSliderLength;
     const float sliderThickness =
-        ruler_slider_container_ ? ruler_slider_container_->GetBestSize() : 0.0f;
-    const bool withSlider = ruler_slider_container_ != nullptr;
+        rulerSliderContainer_ ? rulerSliderContainer_->GetBestSize() : 0.0f;
+    const bool withSlider = rulerSliderContainer_ != nullptr;
 
-    if (is_horizontal_) {
+    if (isHorizontal_) {
         float x = 0;
         if (labelSize.x > 0) {
             labelRect = {x, 0, labelSize.x, labelSize.y};
@@ -727,7 +727,7 @@ PointT<float> EditNumber::GetDesiredLayout(RectT<float>& sliderRect, RectT<float
             x += sliderLength + kPartGap;
             // The parts line up with the groove's middle.
             const RectT<float> slider =
-                ruler_slider_container_->GetSliderRect({0, 0, sliderLength, sliderThickness});
+                rulerSliderContainer_->GetSliderRect({0, 0, sliderLength, sliderThickness});
             middle = slider.y + slider.height / 2;
             if (GetRuler() && GetRulerPlacement() == kRulerPlacementLeftTop)
                 middle -= kRulerPlacementLift;
@@ -740,7 +740,7 @@ PointT<float> EditNumber::GetDesiredLayout(RectT<float>& sliderRect, RectT<float
             unitRect = {x, middle - unitSize.y / 2, unitSize.x, unitSize.y};
         if (withSlider) {
             const RectT<float> slider =
-                ruler_slider_container_->GetSliderRect(sliderRect).Offset(sliderRect.Origin());
+                rulerSliderContainer_->GetSliderRect(sliderRect).Offset(sliderRect.Origin());
             float captionHeight = 0;
             for (const auto& [description, rect, atStart] :
                  {std::tuple{description1_.get(), &description1Rect, true},
@@ -768,7 +768,7 @@ PointT<float> EditNumber::GetDesiredLayout(RectT<float>& sliderRect, RectT<float
             sliderRect = {0, y, sliderThickness, sliderLength};
             y += sliderLength + kLabelGap;
             const RectT<float> slider =
-                ruler_slider_container_->GetSliderRect({0, 0, sliderThickness, sliderLength});
+                rulerSliderContainer_->GetSliderRect({0, 0, sliderThickness, sliderLength});
             middle = slider.x + slider.width / 2;
         }
         const float rowWidth = hotSize.x + (unitSize.x > 0 ? kUnitGap + unitSize.x : 0);
@@ -813,8 +813,8 @@ void EditNumber::RecalcLayout(const RectT<float>& rect) {
     RectT<float> slider, hot, unit, label, description1, description2;
     const PointT<float> size =
         GetDesiredLayout(slider, hot, unit, label, description1, description2);
-    if (slider_stretches_ && ruler_slider_container_) {
-        if (is_horizontal_) {
+    if (sliderStretches_ && rulerSliderContainer_) {
+        if (isHorizontal_) {
             const float extra = rect.width - size.x;
             if (extra > 0) {
                 slider.width += extra;
@@ -832,8 +832,8 @@ void EditNumber::RecalcLayout(const RectT<float>& rect) {
         }
     }
     // The container's own height leaves out the captions under it.
-    if (ruler_slider_container_)
-        slider.height = is_horizontal_ ? ruler_slider_container_->GetBestSize() : slider.height;
+    if (rulerSliderContainer_)
+        slider.height = isHorizontal_ ? rulerSliderContainer_->GetBestSize() : slider.height;
     auto place = [&](qorui::UI_Node* node, RectT<float> r) {
         if (!node)
             return;
@@ -842,11 +842,11 @@ void EditNumber::RecalcLayout(const RectT<float>& rect) {
         node->SetFrame(r);
     };
     place(label_.get(), label);
-    place(ruler_slider_container_.get(), slider);
+    place(rulerSliderContainer_.get(), slider);
     place(description1_.get(), description1);
     place(description2_.get(), description2);
-    place(hot_text_number_.get(), hot);
-    place(unit_label_.get(), unit);
+    place(hotTextNumber_.get(), hot);
+    place(unitLabel_.get(), unit);
 }
 
 void EditNumber::UI_SizeChanged() {

@@ -77,34 +77,34 @@ public:
     // Range. A maximum below the minimum is taken as the minimum.
     void SetMinValue(double min);
     void SetMaxValue(double max);
-    double GetMinValue() const { return min_value_; }
-    double GetMaxValue() const { return max_value_; }
+    double GetMinValue() const { return minValue_; }
+    double GetMaxValue() const { return maxValue_; }
     /// Both limits and a value limited to them, in one go.
     void SetMinMaxValue(double min, double max, double value);
     /// A logarithmic slider whose minimum lies below this stays linear.
     void SetLogSliderMinValueThreshold(double threshold);
-    double GetLogSliderMinValueThreshold() const { return log_slider_min_value_threshold_; }
+    double GetLogSliderMinValueThreshold() const { return logSliderMinValueThreshold_; }
 
     // Slider
     void SetSliderLogarithmic(bool logarithmic);
-    bool GetSliderLogarithmic() const { return slider_logarithmic_; }
+    bool GetSliderLogarithmic() const { return sliderLogarithmic_; }
     /// 0 the logarithmic mapping, 1 the fader law.
     void SetSliderLogStyle(qorcore::Flags<unsigned int> style);
-    qorcore::Flags<unsigned int> GetSliderLogStyle() const { return slider_log_style_; }
+    qorcore::Flags<unsigned int> GetSliderLogStyle() const { return sliderLogStyle_; }
     /// Used limited to 2..10.
     void SetLogBase(double base);
-    double GetLogBase() const { return log_base_; }
+    double GetLogBase() const { return logBase_; }
     void SetInvertSlider(bool invert);
-    bool GetInvertSlider() const { return invert_slider_; }
+    bool GetInvertSlider() const { return invertSlider_; }
     /// The slider's length in pixels along its axis; 0 for its natural length.
     void SetSliderLength(std::uint32_t length);
-    std::uint32_t GetSliderLength() const { return slider_length_; }
+    std::uint32_t GetSliderLength() const { return sliderLength_; }
     /// The slider takes the room the control has beyond its desired size.
     void SetSliderStretches(bool stretches);
-    bool GetSliderStretches() const { return slider_stretches_; }
+    bool GetSliderStretches() const { return sliderStretches_; }
     /// The tint of a fader's cap; nothing for other sliders.
     void SetFaderSliderHue(double hue);
-    bool GetUsesSlider() const { return uses_slider_; }
+    bool GetUsesSlider() const { return usesSlider_; }
     /// Null without a slider.
     qorui::UI_Slider* GetSlider() const;
 
@@ -120,29 +120,29 @@ public:
     void SetHotTextNumberAlignment(qorui::penrig::HorizontalAlignment alignment);
     qorui::penrig::HorizontalAlignment GetHotTextNumberAlignment() const;
     void SetHotTextScale(HotTextScale scale);
-    HotTextScale GetHotTextScale() const { return hot_text_scale_; }
+    HotTextScale GetHotTextScale() const { return hotTextScale_; }
     void SetHotTextLogBase(double base);
-    double GetHotTextLogBase() const { return hot_text_log_base_; }
+    double GetHotTextLogBase() const { return hotTextLogBase_; }
     /// The number of steps a drag takes over the whole range (at least 1 is used).
     void SetHotTextScaleRange(double range);
-    double GetHotTextScaleRange() const { return hot_text_scale_range_; }
+    double GetHotTextScaleRange() const { return hotTextScaleRange_; }
     /// Shows the minimum as minus infinity ("-∞").
     void ShowNegativeInfinity(bool show);
-    bool IsShowNegativeInfinity() const { return show_negative_infinity_; }
+    bool IsShowNegativeInfinity() const { return showNegativeInfinity_; }
     float GetFontSize() const;
-    qorui::UI_HotTextNumber* GetHotTextNumber() const { return hot_text_number_.get(); }
+    qorui::UI_HotTextNumber* GetHotTextNumber() const { return hotTextNumber_.get(); }
 
     // Text
     void SetLabel(const std::string& label);
-    const std::string& GetLabel() const { return label_text_; }
+    const std::string& GetLabel() const { return labelText_; }
     /// From the control's top to the label's baseline; 0 without a label.
     float GetLabelBaseline() const;
     /// Shown by the unit label, or after the number in inline mode.
     void SetUnitLabel(const std::string& unit);
-    const std::string& GetUnitLabel() const { return unit_text_; }
+    const std::string& GetUnitLabel() const { return unitText_; }
     /// A fixed width of the unit label; 0 for the width of its text.
     void SetUnitLabelLength(std::uint32_t length);
-    std::uint32_t GetUnitLabelLength() const { return unit_label_length_; }
+    std::uint32_t GetUnitLabelLength() const { return unitLabelLength_; }
     /// Captions under the two ends of a horizontal slider.
     void SetDescription1(const std::string& text);
     const std::string& GetDescription1() const;
@@ -152,21 +152,21 @@ public:
     void SetToolTip(const std::string& text);
     void SetEnabledTooltip(const std::string& text);
     void SetDisabledTooltip(const std::string& text);
-    const std::string& GetEnabledTooltip() const { return enabled_tool_tip_; }
-    const std::string& GetDisabledTooltip() const { return disabled_tool_tip_; }
+    const std::string& GetEnabledTooltip() const { return enabledToolTip_; }
+    const std::string& GetDisabledTooltip() const { return disabledToolTip_; }
     /// Every part of the control shows `text`.
     void UI_SetToolTip(const std::string& text) override;
 
     // Mode
     void SetUsesInline(bool usesInline);
-    bool GetUsesInline() const { return uses_inline_; }
+    bool GetUsesInline() const { return usesInline_; }
     void SetUsesLabel(bool usesLabel);
-    bool GetUsesLabel() const { return uses_label_; }
+    bool GetUsesLabel() const { return usesLabel_; }
     /// Disables the hot text and the slider and shows the disabled tool tip; the control itself
     /// stays enabled, so that it still shows its tip.
     void SetDisabled(bool disabled);
     bool IsDisabled() const { return disabled_; }
-    bool IsHorizontal() const { return is_horizontal_; }
+    bool IsHorizontal() const { return isHorizontal_; }
 
     // Ruler. Setting one without a slider throws the null-pointer exception.
     void SetRuler(qorcore::IntrusivePtr<qorui::RulerBase> ruler, RulerPlacement placement,
@@ -174,7 +174,7 @@ public:
     qorcore::IntrusivePtr<qorui::RulerBase> GetRuler() const;
     RulerPlacement GetRulerPlacement() const;
     RulerTextPlacement GetRulerTextPlacement() const;
-    RulerSliderContainer* GetRulerSliderContainer() const { return ruler_slider_container_.get(); }
+    RulerSliderContainer* GetRulerSliderContainer() const { return rulerSliderContainer_.get(); }
 
     // Layout
     /// The size the parts need, and their rectangles in it; a part that isn't used gets an
@@ -214,42 +214,42 @@ private:
     void ApplyLimitsToHotText();
     qorcore::IntrusivePtr<qorui::UI_StaticText> MakeText(bool small) const;
 
-    qorcore::IntrusivePtr<RulerSliderContainer> ruler_slider_container_;
-    qorcore::IntrusivePtr<qorui::UI_HotTextNumber> hot_text_number_;
-    qorcore::IntrusivePtr<qorui::UI_StaticText> unit_label_;
+    qorcore::IntrusivePtr<RulerSliderContainer> rulerSliderContainer_;
+    qorcore::IntrusivePtr<qorui::UI_HotTextNumber> hotTextNumber_;
+    qorcore::IntrusivePtr<qorui::UI_StaticText> unitLabel_;
     qorcore::IntrusivePtr<qorui::UI_StaticText> label_;
     qorcore::IntrusivePtr<qorui::UI_StaticText> description1_;
     qorcore::IntrusivePtr<qorui::UI_StaticText> description2_;
-    bool is_horizontal_;
-    bool invert_slider_ = false;
-    bool uses_inline_;
-    bool uses_label_;
-    bool uses_slider_;
+    bool isHorizontal_;
+    bool invertSlider_ = false;
+    bool usesInline_;
+    bool usesLabel_;
+    bool usesSlider_;
     double increment_ = 1.0;
-    double min_value_ = std::numeric_limits<double>::lowest();
-    double max_value_ = std::numeric_limits<double>::max();
-    double log_slider_min_value_threshold_ = kDefaultLogSliderMinValueThreshold;
-    std::uint32_t slider_length_ = 0;
-    std::uint32_t unit_label_length_ = 0;
-    double log_base_ = 10.0;
-    bool slider_logarithmic_ = false;
-    bool slider_stretches_ = false;
-    HotTextScale hot_text_scale_ = kHotTextScaleLinear;
-    double hot_text_log_base_ = 10.0;
-    double hot_text_scale_range_ = 300.0;
-    qorcore::Flags<unsigned int> slider_log_style_;
-    std::string enabled_tool_tip_;
-    std::string disabled_tool_tip_;
+    double minValue_ = std::numeric_limits<double>::lowest();
+    double maxValue_ = std::numeric_limits<double>::max();
+    double logSliderMinValueThreshold_ = kDefaultLogSliderMinValueThreshold;
+    std::uint32_t sliderLength_ = 0;
+    std::uint32_t unitLabelLength_ = 0;
+    double logBase_ = 10.0;
+    bool sliderLogarithmic_ = false;
+    bool sliderStretches_ = false;
+    HotTextScale hotTextScale_ = kHotTextScaleLinear;
+    double hotTextLogBase_ = 10.0;
+    double hotTextScaleRange_ = 300.0;
+    qorcore::Flags<unsigned int> sliderLogStyle_;
+    std::string enabledToolTip_;
+    std::string disabledToolTip_;
 
-    std::string label_text_;
-    std::string unit_text_;
+    std::string labelText_;
+    std::string unitText_;
     bool disabled_ = false;
-    bool show_negative_infinity_ = false;
+    bool showNegativeInfinity_ = false;
     /// Where `SetSliderValue` last put the slider: while the slider stays there, its gestures
     /// keep the value as it is instead of reading it back through the mapping.
-    double slider_position_ = -1.0;
-    qorcore::ScopedConnection hot_text_connection_;
-    qorcore::ScopedConnection slider_connection_;
+    double sliderPosition_ = -1.0;
+    qorcore::ScopedConnection hotTextConnection_;
+    qorcore::ScopedConnection sliderConnection_;
 };
 
 } // namespace qoraudiofiltersui

@@ -41,19 +41,19 @@ void RulerSliderContainer::SetRuler(qorcore::IntrusivePtr<qorui::RulerBase> rule
     ruler_ = std::move(ruler);
     if (ruler_)
         ruler_->SetVertical(!IsHorizontal());
-    ruler_text_placement_ = textPlacement;
+    rulerTextPlacement_ = textPlacement;
     SetRulerPlacement(placement); // lays out again
 }
 
 void RulerSliderContainer::SetRulerPlacement(RulerPlacement placement) {
-    ruler_placement_ = placement;
-    ticks_at_start_ = placement == kRulerPlacementLeftTop || placement == kRulerPlacementBoth;
-    ticks_at_end_ = placement == kRulerPlacementRightBottom || placement == kRulerPlacementBoth;
+    rulerPlacement_ = placement;
+    ticksAtStart_ = placement == kRulerPlacementLeftTop || placement == kRulerPlacementBoth;
+    ticksAtEnd_ = placement == kRulerPlacementRightBottom || placement == kRulerPlacementBoth;
     RecalcLayout();
 }
 
 void RulerSliderContainer::SetRulerTextPlacement(RulerTextPlacement placement) {
-    ruler_text_placement_ = placement;
+    rulerTextPlacement_ = placement;
     RecalcLayout();
 }
 
@@ -65,7 +65,7 @@ float RulerSliderContainer::GetSliderDefaultSize() const {
 
 float RulerSliderContainer::GetBestSize() const {
     float size = GetSliderDefaultSize();
-    if (ruler_ && ruler_text_placement_ != kRulerTextPlacementNone)
+    if (ruler_ && rulerTextPlacement_ != kRulerTextPlacementNone)
         size += IsHorizontal() ? kHorizontalTextRoom : kVerticalTextRoom;
     if (qorui::skins::IsRunningV7OrBeyond())
         size += kNewerLookRoom;
@@ -82,16 +82,16 @@ RectT<float> RulerSliderContainer::GetSliderRect(const RectT<float>& bounds) con
     }
     const float height = bounds.height - kVerticalMargin;
     float x = std::floor((bounds.width - size) * 0.5f);
-    if (ruler_text_placement_ == kRulerTextPlacementLeftTop)
+    if (rulerTextPlacement_ == kRulerTextPlacementLeftTop)
         x = bounds.width - size - inset;
-    else if (ruler_text_placement_ == kRulerTextPlacementRightBottom)
+    else if (rulerTextPlacement_ == kRulerTextPlacementRightBottom)
         x = inset;
     return {x, std::floor((bounds.height - height) * 0.5f), size, height};
 }
 
 void RulerSliderContainer::RecalcLayout() {
     if (ruler_)
-        ruler_->HideAllNumbers(ruler_text_placement_ == kRulerTextPlacementNone);
+        ruler_->HideAllNumbers(rulerTextPlacement_ == kRulerTextPlacementNone);
     UpdateSize(GetBounds());
     EmitInvalidate();
 }
@@ -134,15 +134,15 @@ void RulerSliderContainer::UpdateSize(const RectT<float>& bounds) {
     if (IsHorizontal()) {
         ruler_->SetPixelRange(left, right - 1);
         const int mid = int(std::floor(height * 0.5f + float(top) + 0.5f));
-        ruler_->SetMajorTickExtent(ticks_at_start_ ? top - lead : mid,
-                                   ticks_at_end_ ? bottom - 2 : mid);
-        ruler_->SetMinorTickExtent(ticks_at_start_ ? top : mid, ticks_at_end_ ? bottom - 4 : mid);
+        ruler_->SetMajorTickExtent(ticksAtStart_ ? top - lead : mid,
+                                   ticksAtEnd_ ? bottom - 2 : mid);
+        ruler_->SetMinorTickExtent(ticksAtStart_ ? top : mid, ticksAtEnd_ ? bottom - 4 : mid);
     } else {
         ruler_->SetPixelRange(top, bottom);
         const int mid = int(std::floor(width * 0.5f + float(left) + 0.5f));
-        ruler_->SetMajorTickExtent(ticks_at_start_ ? left - lead : mid,
-                                   ticks_at_end_ ? right - 4 : mid);
-        ruler_->SetMinorTickExtent(ticks_at_start_ ? left : mid, ticks_at_end_ ? right - 4 : mid);
+        ruler_->SetMajorTickExtent(ticksAtStart_ ? left - lead : mid,
+                                   ticksAtEnd_ ? right - 4 : mid);
+        ruler_->SetMinorTickExtent(ticksAtStart_ ? left : mid, ticksAtEnd_ ? right - 4 : mid);
     }
 }
 
@@ -205,7 +205,7 @@ void RulerSliderContainer::DrawRuler(qorui::Penrig& penrig) const {
     penrig.SetFont(qorui::penrig::Font(ruler_->GetFontSize()));
     penrig.SetColor(color);
     const float textHeight = std::ceil(ruler_->GetFontSize() * 1.3f);
-    const bool textAfter = !horizontal && ruler_text_placement_ == kRulerTextPlacementRightBottom;
+    const bool textAfter = !horizontal && rulerTextPlacement_ == kRulerTextPlacementRightBottom;
 
     // Where a text of this width goes for a tick at `center`; `anchor` -1 keeps it starting
     // at the tick, 1 ending there, 0 centred on it.

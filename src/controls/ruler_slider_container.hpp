@@ -42,9 +42,9 @@ public:
     const qorcore::IntrusivePtr<qorui::RulerBase>& GetRuler() const { return ruler_; }
     qorui::UI_Slider* GetSlider() const { return slider_.get(); }
     void SetRulerPlacement(RulerPlacement placement);
-    RulerPlacement GetRulerPlacement() const { return ruler_placement_; }
+    RulerPlacement GetRulerPlacement() const { return rulerPlacement_; }
     void SetRulerTextPlacement(RulerTextPlacement placement);
-    RulerTextPlacement GetRulerTextPlacement() const { return ruler_text_placement_; }
+    RulerTextPlacement GetRulerTextPlacement() const { return rulerTextPlacement_; }
 
     /// The container's thickness across the slider: the slider's, the numbers' room and the
     /// newer look's margin.
@@ -76,10 +76,10 @@ private:
 
     qorcore::IntrusivePtr<qorui::UI_Slider> slider_;
     qorcore::IntrusivePtr<qorui::RulerBase> ruler_;
-    bool ticks_at_start_ = true;
-    bool ticks_at_end_ = false;
-    RulerPlacement ruler_placement_ = kRulerPlacementLeftTop;
-    RulerTextPlacement ruler_text_placement_ = kRulerTextPlacementNone;
+    bool ticksAtStart_ = true;
+    bool ticksAtEnd_ = false;
+    RulerPlacement rulerPlacement_ = kRulerPlacementLeftTop;
+    RulerTextPlacement rulerTextPlacement_ = kRulerTextPlacementNone;
 };
 
 } // namespace qoraudiofiltersui

@@ -167,8 +167,8 @@ void CurveEditor::SetCurvePoints(const CurvePoints& points) {
     for (const CurvePoint& point : points)
         if (!IsFinite(point.position))
             throw std::invalid_argument("CurveEditor::SetCurvePoints: point values must be finite");
-    curve_points_ = points;
-    if (selected_index_ >= int(curve_points_.size()))
+    curvePoints_ = points;
+    if (selectedIndex_ >= int(curvePoints_.size()))
         SetSelectedNode(-1);
     InvalidateContentRect();
 }
@@ -178,7 +178,7 @@ bool CurveEditor::AddNewPoint() {
     double vertical = 0.0;
     if (!RunEditDialog(horizontal, vertical, true))
         return false;
-    for (const CurvePoint& point : curve_points_)
+    for (const CurvePoint& point : curvePoints_)
         if (point.position.first == horizontal) {
             DisplayAlreadyExistsMessage();
             return false;
@@ -193,7 +193,7 @@ bool CurveEditor::DeleteSelectedPoints() {
     if (selected < 0 || !IsPointDeletable(selected))
         return false;
     BeginInteractiveChange();
-    curve_points_.erase(curve_points_.begin() + selected);
+    curvePoints_.erase(curvePoints_.begin() + selected);
     SetSelectedNode(-1);
     InvalidateContentRect();
     FinishInteractiveChange();
@@ -201,25 +201,25 @@ bool CurveEditor::DeleteSelectedPoints() {
 }
 
 bool CurveEditor::Invert() {
-    if (curve_points_.empty())
+    if (curvePoints_.empty())
         return true;
-    const CurvePoint& first = curve_points_.front();
-    const CurvePoint& last = curve_points_.back();
+    const CurvePoint& first = curvePoints_.front();
+    const CurvePoint& last = curvePoints_.back();
     if (first.position != std::make_pair(GetHorizontalStart(), GetVerticalEnd()) ||
         last.position != std::make_pair(GetHorizontalEnd(), GetVerticalStart())) {
         qorui::messagebox::ShowNote(this, qorcore::Localize(kCannotInvertText),
                                     qorcore::Localize(kWrongStartEndPointsText));
         return false;
     }
-    for (std::size_t i = 0; i + 1 < curve_points_.size(); ++i)
-        if (curve_points_[i].position.second >= curve_points_[i + 1].position.second) {
+    for (std::size_t i = 0; i + 1 < curvePoints_.size(); ++i)
+        if (curvePoints_[i].position.second >= curvePoints_[i + 1].position.second) {
             qorui::messagebox::ShowNote(this, qorcore::Localize(kCannotInvertText),
                                         qorcore::Localize(kNotInvertableText));
             return false;
         }
     // A strictly rising curve stays sorted when mirrored: the swapped values rise as well.
-    for (std::size_t i = 1; i + 1 < curve_points_.size(); ++i)
-        std::swap(curve_points_[i].position.first, curve_points_[i].position.second);
+    for (std::size_t i = 1; i + 1 < curvePoints_.size(); ++i)
+        std::swap(curvePoints_[i].position.first, curvePoints_[i].position.second);
     InvalidateContentRect();
     return true;
 }
@@ -230,59 +230,59 @@ void CurveEditor::NotifyChanged() {
 }
 
 CurveEditor::CurvePoints::iterator CurveEditor::AddNewCurvePoint(const CurvePoint& point) {
-    const auto at = std::upper_bound(curve_points_.begin(), curve_points_.end(), point,
+    const auto at = std::upper_bound(curvePoints_.begin(), curvePoints_.end(), point,
                                      [](const CurvePoint& a, const CurvePoint& b) {
                                          return a.position.first < b.position.first;
                                      });
-    return curve_points_.insert(at, point);
+    return curvePoints_.insert(at, point);
 }
 
 int CurveEditor::IndexOf(CurvePoints::const_iterator it) const {
-    return it == curve_points_.end() ? -1 : int(it - curve_points_.begin());
+    return it == curvePoints_.end() ? -1 : int(it - curvePoints_.begin());
 }
 
 // ---------------------------------------------------------------------------------------------
 // Rules
 
 void CurveEditor::SetDeletablePoints(const std::vector<char>& deletable) {
-    deletable_points_ = deletable;
+    deletablePoints_ = deletable;
 }
 
 void CurveEditor::SetMoveablePoints(const std::vector<char>& moveable, bool horizontal) {
-    (horizontal ? horizontally_moveable_points_ : vertically_moveable_points_) = moveable;
+    (horizontal ? horizontallyMoveablePoints_ : verticallyMoveablePoints_) = moveable;
 }
 
 void CurveEditor::SetVisiblePoints(const std::vector<char>& visible) {
-    visible_points_ = visible;
+    visiblePoints_ = visible;
     InvalidateContentRect();
 }
 
 bool CurveEditor::IsPointVisible(int index) const {
-    if (index >= 0 && index < int(visible_points_.size()))
-        return visible_points_[index] != 0;
+    if (index >= 0 && index < int(visiblePoints_.size()))
+        return visiblePoints_[index] != 0;
     return true;
 }
 
 bool CurveEditor::IsPointDeletable(int index) const {
-    if (deletable_points_.empty()) {
-        if (!enable_delete_points_)
+    if (deletablePoints_.empty()) {
+        if (!enableDeletePoints_)
             return false;
-        const int last = int(curve_points_.size()) - 1;
-        return selected_index_ != 0 && selected_index_ != last;
+        const int last = int(curvePoints_.size()) - 1;
+        return selectedIndex_ != 0 && selectedIndex_ != last;
     }
-    if (index >= 0 && index < int(deletable_points_.size()))
-        return deletable_points_[index] != 0;
-    return enable_delete_points_;
+    if (index >= 0 && index < int(deletablePoints_.size()))
+        return deletablePoints_[index] != 0;
+    return enableDeletePoints_;
 }
 
 bool CurveEditor::IsPointMoveable(int index, bool horizontal) const {
     const std::vector<char>& list =
-        horizontal ? horizontally_moveable_points_ : vertically_moveable_points_;
+        horizontal ? horizontallyMoveablePoints_ : verticallyMoveablePoints_;
     if (list.empty()) {
         if (!horizontal)
             return true;
-        const int last = int(curve_points_.size()) - 1;
-        return selected_index_ != 0 && selected_index_ != last;
+        const int last = int(curvePoints_.size()) - 1;
+        return selectedIndex_ != 0 && selectedIndex_ != last;
     }
     if (index >= 0 && index < int(list.size()))
         return list[index] != 0;
@@ -293,22 +293,21 @@ bool CurveEditor::IsPointMoveable(int index, bool horizontal) const {
 // Selection
 
 int CurveEditor::GetSelectedNode() const {
-    return selected_index_ >= 0 && selected_index_ < int(curve_points_.size()) ? selected_index_
-                                                                               : -1;
+    return selectedIndex_ >= 0 && selectedIndex_ < int(curvePoints_.size()) ? selectedIndex_ : -1;
 }
 
 void CurveEditor::SetSelectedNode(int index) {
-    selected_index_ = index >= 0 && index < int(curve_points_.size()) ? index : -1;
+    selectedIndex_ = index >= 0 && index < int(curvePoints_.size()) ? index : -1;
     InvalidateContentRect();
-    selection_changed_(selected_index_);
+    selectionChanged_(selectedIndex_);
 }
 
 qorcore::Connection CurveEditor::ConnectSelectionChanged(std::function<void(int)> slot) {
-    return selection_changed_.Connect(std::move(slot));
+    return selectionChanged_.Connect(std::move(slot));
 }
 
 void CurveEditor::SelectNextVisiblePoint(int direction) {
-    const int count = int(curve_points_.size());
+    const int count = int(curvePoints_.size());
     if (count == 0)
         return;
     int target = GetSelectedNode();
@@ -332,82 +331,80 @@ void CurveEditor::SelectNextVisiblePoint(int direction) {
 // Labels, texts and data
 
 void CurveEditor::SetPointLabels(const std::vector<std::string>& labels) {
-    point_labels_ = labels;
+    pointLabels_ = labels;
     InvalidateContentRect();
 }
 
 void CurveEditor::SetDrawPointLabelsAtBottom(bool at_bottom) {
-    draw_point_labels_at_bottom_ = at_bottom;
+    drawPointLabelsAtBottom_ = at_bottom;
     InvalidateContentRect();
 }
 
 void CurveEditor::SetDrawSegmentNumbers(bool draw) {
-    draw_segment_numbers_ = draw;
+    drawSegmentNumbers_ = draw;
     InvalidateContentRect();
 }
 
 void CurveEditor::SetDrawLinearReference(bool draw) {
-    draw_linear_reference_ = draw;
+    drawLinearReference_ = draw;
     InvalidateContentRect();
 }
 
 void CurveEditor::SetHorizontalEditDialogTranslators(Translator display_to_value,
                                                      Translator value_to_display) {
-    horizontal_display_to_value_ = std::move(display_to_value);
-    horizontal_value_to_display_ = std::move(value_to_display);
+    horizontalDisplayToValue_ = std::move(display_to_value);
+    horizontalValueToDisplay_ = std::move(value_to_display);
 }
 
 void CurveEditor::SetVerticalEditDialogTranslators(Translator display_to_value,
                                                    Translator value_to_display) {
-    vertical_display_to_value_ = std::move(display_to_value);
-    vertical_value_to_display_ = std::move(value_to_display);
+    verticalDisplayToValue_ = std::move(display_to_value);
+    verticalValueToDisplay_ = std::move(value_to_display);
 }
 
 void CurveEditor::SetRequestDataFunction(std::shared_ptr<std::function<void(int)>> request) {
-    request_data_ = std::move(request);
+    requestData_ = std::move(request);
 }
 
 void CurveEditor::SetResponseData(const std::vector<double>& data, int index) {
     if (index == 0)
-        response_data_0_ = data;
+        responseData0_ = data;
     else if (index == 1)
-        response_data_1_ = data;
+        responseData1_ = data;
     InvalidateContentRect();
 }
 
 const std::vector<double>& CurveEditor::GetResponseData(int index) const {
     static const std::vector<double> none;
-    return index == 0 ? response_data_0_ : index == 1 ? response_data_1_ : none;
+    return index == 0 ? responseData0_ : index == 1 ? responseData1_ : none;
 }
 
 void CurveEditor::SetCurveColor(const qorcore::ColorRGBA& color, int index) {
     if (index == 0)
-        curve_color_0_ = color;
+        curveColor0_ = color;
     else if (index == 1)
-        curve_color_1_ = color;
+        curveColor1_ = color;
     InvalidateContentRect();
 }
 
 qorcore::ColorRGBA CurveEditor::GetCurveColor(int index) const {
-    return index == 0   ? curve_color_0_
-           : index == 1 ? curve_color_1_
-                        : qorcore::ColorRGBAFixed::Black;
+    return index == 0 ? curveColor0_ : index == 1 ? curveColor1_ : qorcore::ColorRGBAFixed::Black;
 }
 
 void CurveEditor::SetSelectedPointColor(const qorcore::ColorRGBA& color) {
-    selected_point_color_ = color;
+    selectedPointColor_ = color;
     InvalidateContentRect();
 }
 
 void CurveEditor::SetContentLineThickness(float thickness) {
-    content_line_thickness_ = thickness;
+    contentLineThickness_ = thickness;
     InvalidateContentRect();
 }
 
 void CurveEditor::RequestData() {
     // A set pointer holding an empty function throws std::bad_function_call on purpose.
-    if (request_data_)
-        (*request_data_)(int(GetContentRect().width));
+    if (requestData_)
+        (*requestData_)(int(GetContentRect().width));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -415,24 +412,24 @@ void CurveEditor::RequestData() {
 
 void CurveEditor::AddContentLayer(IntrusivePtr<ContentLayer> layer) {
     qorcore::config::ThrowIfNull(layer, "ContentLayer");
-    if (std::find(content_layers_.begin(), content_layers_.end(), layer) != content_layers_.end())
+    if (std::find(contentLayers_.begin(), contentLayers_.end(), layer) != contentLayers_.end())
         return;
-    content_layers_.push_back(layer);
+    contentLayers_.push_back(layer);
     layer->SetBounds(GetContentRect(), GetScaleFactor());
     InvalidateContentRect();
 }
 
 void CurveEditor::RemoveContentLayer(const IntrusivePtr<ContentLayer>& layer) {
-    const auto it = std::find(content_layers_.begin(), content_layers_.end(), layer);
-    if (it == content_layers_.end())
+    const auto it = std::find(contentLayers_.begin(), contentLayers_.end(), layer);
+    if (it == contentLayers_.end())
         return;
-    content_layers_.erase(it);
+    contentLayers_.erase(it);
     InvalidateContentRect();
 }
 
 void CurveEditor::RefreshLayerBounds() {
     const RectT<float> content = GetContentRect();
-    for (const IntrusivePtr<ContentLayer>& layer : content_layers_)
+    for (const IntrusivePtr<ContentLayer>& layer : contentLayers_)
         layer->SetBounds(content, GetScaleFactor());
 }
 
@@ -453,8 +450,8 @@ CurveEditor::FindCurvePointForPixel(const PointT<float>& point, bool ignore_vert
                                     bool use_dot_size) const {
     const float start = use_dot_size ? -2.5f - 2.0f : 0.0f;
     const float size = use_dot_size ? 9.0f : 1.0f;
-    for (auto it = curve_points_.begin(); it != curve_points_.end(); ++it) {
-        if (!IsPointVisible(int(it - curve_points_.begin())) || !IsPointInCurrentRange(*it))
+    for (auto it = curvePoints_.begin(); it != curvePoints_.end(); ++it) {
+        if (!IsPointVisible(int(it - curvePoints_.begin())) || !IsPointInCurrentRange(*it))
             continue;
         const PointT<float> p = GetPixelForCoordinatePair(it->position);
         const bool in_column = point.x >= p.x + start && point.x <= p.x + start + size;
@@ -462,7 +459,7 @@ CurveEditor::FindCurvePointForPixel(const PointT<float>& point, bool ignore_vert
         if (in_column && (ignore_vertical || in_row))
             return it;
     }
-    return curve_points_.end();
+    return curvePoints_.end();
 }
 
 RectT<float> CurveEditor::GetDotRect(const PointT<float>& pixel) {
@@ -470,14 +467,14 @@ RectT<float> CurveEditor::GetDotRect(const PointT<float>& pixel) {
 }
 
 bool CurveEditor::HasHorizontalPoint(double value, double tolerance) const {
-    return std::any_of(curve_points_.begin(), curve_points_.end(), [&](const CurvePoint& point) {
+    return std::any_of(curvePoints_.begin(), curvePoints_.end(), [&](const CurvePoint& point) {
         return std::abs(point.position.first - value) < tolerance;
     });
 }
 
 int CurveEditor::MoveCurvePoint(int index, const PointT<float>& pixel,
                                 qorui::ModifierFlags modifiers) {
-    if (index < 0 || index >= int(curve_points_.size()))
+    if (index < 0 || index >= int(curvePoints_.size()))
         return -1;
     const RectT<float> content = GetContentRect();
     // Without room for content there is no pixel to move to.
@@ -487,7 +484,7 @@ int CurveEditor::MoveCurvePoint(int index, const PointT<float>& pixel,
     // Pulled far above or below the content: the point dies. Sideways it merely stops.
     if (IsPointDeletable(index) &&
         (pixel.y < content.y - kPullOffDistance || pixel.y > content.Bottom() + kPullOffDistance)) {
-        curve_points_.erase(curve_points_.begin() + index);
+        curvePoints_.erase(curvePoints_.begin() + index);
         SetSelectedNode(-1);
         InvalidateContentRect();
         return -1;
@@ -496,7 +493,7 @@ int CurveEditor::MoveCurvePoint(int index, const PointT<float>& pixel,
     float px = std::floor(std::clamp(pixel.x, content.x, content.Right()) + 0.5f);
     const float py = std::floor(std::clamp(pixel.y, content.y, content.Bottom()) + 0.5f);
     auto [nh, nv] = GetCoordinatePairForPixel({px, py});
-    const CurvePoint current_point = curve_points_[index];
+    const CurvePoint current_point = curvePoints_[index];
     const double current = current_point.position.first;
     if (!IsPointMoveable(index, false))
         nv = current_point.position.second;
@@ -504,23 +501,23 @@ int CurveEditor::MoveCurvePoint(int index, const PointT<float>& pixel,
         nh = current;
 
     // The vertical value follows at once, whatever happens to the horizontal one.
-    curve_points_[index].position.second = nv;
+    curvePoints_[index].position.second = nv;
 
-    if (!unique_horizontal_positions_) {
+    if (!uniqueHorizontalPositions_) {
         // No reordering: with uniqueness off, points may cross and the order may break.
-        curve_points_[index].position.first = nh;
+        curvePoints_[index].position.first = nh;
         InvalidateContentRect();
         return index;
     }
 
-    const int last = int(curve_points_.size()) - 1;
+    const int last = int(curvePoints_.size()) - 1;
     const double one_pixel =
         std::abs(GetHorizontalEnd() - GetHorizontalStart()) / double(content.width);
     auto value_at = [&](float x) {
         return GetCoordinatePairForPixel({x, py}).first;
     };
     auto pixel_of = [&](int j) {
-        return std::floor(GetPixelForHorizontalValue(curve_points_[j].position.first) + 0.5f);
+        return std::floor(GetPixelForHorizontalValue(curvePoints_[j].position.first) + 0.5f);
     };
     // The walks below step one pixel at a time; no walk may leave the content, so that an axis
     // running the other way can't keep one going.
@@ -601,7 +598,7 @@ int CurveEditor::MoveCurvePoint(int index, const PointT<float>& pixel,
     }
 
     // A point that changes place horizontally is a new point: it gets a new id.
-    curve_points_.erase(curve_points_.begin() + index);
+    curvePoints_.erase(curvePoints_.begin() + index);
     const int new_index = IndexOf(AddNewCurvePoint(CurvePoint(GetNewPointId(), nh, nv)));
     SetSelectedNode(new_index);
     InvalidateContentRect();
@@ -614,33 +611,33 @@ void CurveEditor::MoveSelection(float dx, float dy) {
         return;
     BeginInteractiveChange();
     CloseToolTip();
-    const PointT<float> p = GetPixelForCoordinatePair(curve_points_[selected].position);
+    const PointT<float> p = GetPixelForCoordinatePair(curvePoints_[selected].position);
     MoveCurvePoint(selected, {p.x + dx, p.y + dy}, kMoveFreelyModifier);
     FinishInteractiveChange();
 }
 
 void CurveEditor::RestorePoint(int index, const CurvePoint& original) {
-    if (index < 0 || index >= int(curve_points_.size()))
+    if (index < 0 || index >= int(curvePoints_.size()))
         return;
-    curve_points_[index] = original;
-    if (!unique_horizontal_positions_)
+    curvePoints_[index] = original;
+    if (!uniqueHorizontalPositions_)
         return;
     // A drag that passed neighbours left the point elsewhere in the order: it goes back
     // between the neighbours it had, so a cancelled drag leaves the curve as it was.
     const auto before = [](const CurvePoint& a, const CurvePoint& b) {
         return a.position.first < b.position.first;
     };
-    auto from = curve_points_.begin() + index;
-    auto to = std::upper_bound(curve_points_.begin(), from, original, before);
+    auto from = curvePoints_.begin() + index;
+    auto to = std::upper_bound(curvePoints_.begin(), from, original, before);
     if (to != from) {
         std::rotate(to, from, from + 1);
     } else {
-        to = std::lower_bound(from + 1, curve_points_.end(), original, before);
+        to = std::lower_bound(from + 1, curvePoints_.end(), original, before);
         std::rotate(from, from + 1, to);
         --to;
     }
-    const int restored = int(to - curve_points_.begin());
-    if (restored != index && selected_index_ == index)
+    const int restored = int(to - curvePoints_.begin());
+    if (restored != index && selectedIndex_ == index)
         SetSelectedNode(restored);
 }
 
@@ -650,8 +647,8 @@ void CurveEditor::RestorePoint(int index, const CurvePoint& original) {
 bool CurveEditor::RunEditDialog(double& horizontal, double& vertical, bool horizontal_enabled) {
     IntrusivePtr<CurveEditor> keep(this);
     auto dialog = qorcore::MakeIntrusive<qormediaui::CurvePointEditDialog>(
-        qorcore::Localize(kEditPointDialogText), qorcore::Localize(horizontal_label_),
-        qorcore::Localize(vertical_label_), this);
+        qorcore::Localize(kEditPointDialogText), qorcore::Localize(horizontalLabel_),
+        qorcore::Localize(verticalLabel_), this);
     auto set_up = [](qorui::UI_HotTextNumber& number, double value, double start, double end,
                      const Translator& to_display, bool enabled, const std::string& unit) {
         const double a = Apply(to_display, std::min(start, end));
@@ -665,15 +662,15 @@ bool CurveEditor::RunEditDialog(double& horizontal, double& vertical, bool horiz
         number.SetDecimalPlaces(1);
     };
     set_up(*dialog->GetHotTextNumber1(), horizontal, GetHorizontalStart(), GetHorizontalEnd(),
-           horizontal_value_to_display_, horizontal_enabled, horizontal_unit_);
+           horizontalValueToDisplay_, horizontal_enabled, horizontalUnit_);
     set_up(*dialog->GetHotTextNumber2(), vertical, GetVerticalStart(), GetVerticalEnd(),
-           vertical_value_to_display_, true, vertical_unit_);
+           verticalValueToDisplay_, true, verticalUnit_);
     if (dialog->RunModal() != qormediaui::CurvePointEditDialog::kResponseAccept)
         return false;
-    const double h = horizontal_enabled ? Apply(horizontal_display_to_value_,
-                                                dialog->GetHotTextNumber1()->GetValue())
-                                        : horizontal;
-    const double v = Apply(vertical_display_to_value_, dialog->GetHotTextNumber2()->GetValue());
+    const double h = horizontal_enabled
+                         ? Apply(horizontalDisplayToValue_, dialog->GetHotTextNumber1()->GetValue())
+                         : horizontal;
+    const double v = Apply(verticalDisplayToValue_, dialog->GetHotTextNumber2()->GetValue());
     // A translator that can't take a number back gives nothing to place.
     if (!std::isfinite(h) || !std::isfinite(v))
         return false;
@@ -693,26 +690,26 @@ std::string CurveEditor::FormatToolTipValue(double value,
 }
 
 void CurveEditor::SetToolTip(const std::pair<double, double>& values) {
-    if (horizontal_unit_.empty() || vertical_unit_.empty() || !GetWindow())
+    if (horizontalUnit_.empty() || verticalUnit_.empty() || !GetWindow())
         return;
-    std::string text = FormatToolTipValue(values.first, horizontal_value_to_display_) + " " +
-                       qorcore::Localize(horizontal_unit_) + " --> " +
-                       FormatToolTipValue(values.second, vertical_value_to_display_) + " " +
-                       qorcore::Localize(vertical_unit_);
+    std::string text = FormatToolTipValue(values.first, horizontalValueToDisplay_) + " " +
+                       qorcore::Localize(horizontalUnit_) + " --> " +
+                       FormatToolTipValue(values.second, verticalValueToDisplay_) + " " +
+                       qorcore::Localize(verticalUnit_);
     const PointT<float> at = GetPixelForCoordinatePair(values);
-    if (tool_tip_ && tool_tip_->GetWindow()) {
-        tool_tip_->SetText(std::move(text));
-        tool_tip_->SetAnchor(UI_LocalToGlobalF(at));
+    if (toolTip_ && toolTip_->GetWindow()) {
+        toolTip_->SetText(std::move(text));
+        toolTip_->SetAnchor(UI_LocalToGlobalF(at));
         return;
     }
-    tool_tip_ = qorui::CreateUI_ToolTip(this, std::move(text), at);
+    toolTip_ = qorui::CreateUI_ToolTip(this, std::move(text), at);
 }
 
 void CurveEditor::CloseToolTip() {
-    if (!tool_tip_)
+    if (!toolTip_)
         return;
-    IntrusivePtr<qorui::UI_ToolTip> tip = std::move(tool_tip_);
-    tool_tip_.reset();
+    IntrusivePtr<qorui::UI_ToolTip> tip = std::move(toolTip_);
+    toolTip_.reset();
     tip->Close();
 }
 
@@ -766,11 +763,11 @@ bool CurveEditor::UI_DoMouseEvent(const MouseEvent& event) {
 
     bool tool_tip_consumed = false;
     if (inside && hit >= 0) {
-        SetToolTip(curve_points_[hit].position);
-        tool_tip_consumed = move && tool_tip_;
-    } else if (inside && move && enable_mouse_position_tool_tip_) {
+        SetToolTip(curvePoints_[hit].position);
+        tool_tip_consumed = move && toolTip_;
+    } else if (inside && move && enableMousePositionToolTip_) {
         SetToolTip(GetCoordinatePairForPixel(p));
-        tool_tip_consumed = bool(tool_tip_);
+        tool_tip_consumed = bool(toolTip_);
     } else {
         CloseToolTip();
     }
@@ -791,8 +788,8 @@ bool CurveEditor::UI_DoMouseEvent(const MouseEvent& event) {
         if (inside) {
             int index = hit;
             // A point anywhere in this pixel's column blocks adding one.
-            if (index < 0 && FindCurvePointForPixel(p, true, false) == curve_points_.end() &&
-                curve_points_.size() < max_point_count_ && GetContentRect().Contains(p)) {
+            if (index < 0 && FindCurvePointForPixel(p, true, false) == curvePoints_.end() &&
+                curvePoints_.size() < maxPointCount_ && GetContentRect().Contains(p)) {
                 const auto [h, v] = GetCoordinatePairForPixel(p);
                 index = IndexOf(AddNewCurvePoint(CurvePoint(GetNewPointId(), h, v)));
             }
@@ -804,8 +801,8 @@ bool CurveEditor::UI_DoMouseEvent(const MouseEvent& event) {
                 return true;
             }
             CloseToolTip();
-            qorcore::MakeIntrusive<CurvePointMoveCapture>(this, event, index, curve_points_[index],
-                                                          enable_mouse_position_tool_tip_)
+            qorcore::MakeIntrusive<CurvePointMoveCapture>(this, event, index, curvePoints_[index],
+                                                          enableMousePositionToolTip_)
                 ->Start();
             return true;
         }
@@ -817,29 +814,29 @@ bool CurveEditor::UI_DoMouseEvent(const MouseEvent& event) {
 
 void CurveEditor::RunPointContextMenu(int index, const PointT<float>& position) {
     SetSelectedNode(index);
-    const CurvePoint point = curve_points_[index];
+    const CurvePoint point = curvePoints_[index];
     auto menu = qorui::CreateOSMenu();
     menu->AppendItem(kMenuEditPoint, qorcore::Localize(kEditPointMenuText));
     if (IsPointDeletable(index))
         menu->AppendItem(kMenuDeletePoint, qorcore::Localize(kDeletePointMenuText));
     int chosen = 0;
-    if (!horizontal_label_.empty() && !vertical_label_.empty())
+    if (!horizontalLabel_.empty() && !verticalLabel_.empty())
         chosen = qorui::UI_DoContextMenu(*menu, *this, position);
     if (chosen == kMenuEditPoint) {
-        const bool is_end = index == 0 || index == int(curve_points_.size()) - 1;
+        const bool is_end = index == 0 || index == int(curvePoints_.size()) - 1;
         double h = point.position.first;
         double v = point.position.second;
         if (RunEditDialog(h, v, !is_end)) {
             // The nested loops may have changed the points; the edit applies to the same point.
-            const auto it = std::find(curve_points_.begin(), curve_points_.end(), point);
-            const bool taken = std::any_of(
-                curve_points_.begin(), curve_points_.end(), [&](const CurvePoint& other) {
+            const auto it = std::find(curvePoints_.begin(), curvePoints_.end(), point);
+            const bool taken =
+                std::any_of(curvePoints_.begin(), curvePoints_.end(), [&](const CurvePoint& other) {
                     return !(other == point) && other.position.first == h;
                 });
             if (taken) {
                 DisplayAlreadyExistsMessage();
-            } else if (it != curve_points_.end()) {
-                curve_points_.erase(it);
+            } else if (it != curvePoints_.end()) {
+                curvePoints_.erase(it);
                 SetSelectedNode(IndexOf(AddNewCurvePoint(CurvePoint(GetNewPointId(), h, v))));
             }
         }
@@ -854,10 +851,10 @@ bool CurveEditor::UI_DoCursor(const PointT<float>& local, qorui::ModifierFlags m
     if (IsEventFromChild() || !GetHitRect().Contains(local))
         return RulerGridBase::UI_DoCursor(local, modifiers);
     int cursor = kCursorArrow;
-    if (FindCurvePointForPixel(local, false, true) != curve_points_.end())
+    if (FindCurvePointForPixel(local, false, true) != curvePoints_.end())
         cursor = kCursorMovePoint;
-    else if (FindCurvePointForPixel(local, true, false) == curve_points_.end() &&
-             GetContentRect().Contains(local) && curve_points_.size() < max_point_count_)
+    else if (FindCurvePointForPixel(local, true, false) == curvePoints_.end() &&
+             GetContentRect().Contains(local) && curvePoints_.size() < maxPointCount_)
         cursor = kCursorAddPoint;
     UI_SetCursor(cursor);
     return true;
@@ -894,7 +891,7 @@ void CurveEditor::DrawContent(qorui::penrig::Penrig* penrig, const RectT<float>&
         return;
     qorui::penrig::Penrig& p = *penrig;
     const bool disabled = IsDisabled();
-    if (draw_linear_reference_) {
+    if (drawLinearReference_) {
         qorcore::ColorRGBA color = GetGridColor();
         if (disabled)
             color.alpha = 0.5f;
@@ -902,10 +899,10 @@ void CurveEditor::DrawContent(qorui::penrig::Penrig* penrig, const RectT<float>&
         p.DrawLine(rect.x + 0.5f, rect.Bottom() + 0.5f, rect.Right() + 0.5f, rect.y + 0.5f);
     }
     const RectT<float> content = GetContentRect();
-    if (!content_layers_.empty()) {
+    if (!contentLayers_.empty()) {
         qorui::penrig::Penrig::StateSaver saver(p);
         p.ClipToRect(content);
-        for (const IntrusivePtr<ContentLayer>& layer : content_layers_)
+        for (const IntrusivePtr<ContentLayer>& layer : contentLayers_)
             layer->Draw(penrig, GetScaleFactor());
     }
     {
@@ -916,19 +913,19 @@ void CurveEditor::DrawContent(qorui::penrig::Penrig* penrig, const RectT<float>&
         DrawDataCurve(penrig);
         DrawCurvePoints(penrig);
     }
-    if (draw_segment_numbers_ || !point_labels_.empty()) {
+    if (drawSegmentNumbers_ || !pointLabels_.empty()) {
         qorui::penrig::Penrig::StateSaver saver(p);
         p.ClipToRect(GetContentRectWithBorders());
-        if (draw_segment_numbers_)
+        if (drawSegmentNumbers_)
             DrawSegmentNumbers(penrig);
-        if (!point_labels_.empty())
+        if (!pointLabels_.empty())
             DrawPointLabels(penrig);
     }
 }
 
 void CurveEditor::DrawDataCurve(qorui::penrig::Penrig* penrig) const {
-    DrawDataCurve(penrig, response_data_0_, curve_color_0_);
-    DrawDataCurve(penrig, response_data_1_, curve_color_1_);
+    DrawDataCurve(penrig, responseData0_, curveColor0_);
+    DrawDataCurve(penrig, responseData1_, curveColor1_);
 }
 
 void CurveEditor::DrawDataCurve(qorui::penrig::Penrig* penrig, const std::vector<double>& data,
@@ -968,24 +965,24 @@ void CurveEditor::DrawDataCurve(qorui::penrig::Penrig* penrig, const std::vector
     qorcore::ColorRGBA pen = color;
     if (IsDisabled())
         pen.alpha = 0.5f;
-    p.SetPen(content_line_thickness_, pen);
+    p.SetPen(contentLineThickness_, pen);
     p.Stroke();
 }
 
 void CurveEditor::DrawCurvePoints(qorui::penrig::Penrig* penrig) const {
     qorui::penrig::Penrig& p = *penrig;
     const int selected = GetSelectedNode();
-    for (int i = 0; i < int(curve_points_.size()); ++i) {
-        const CurvePoint& point = curve_points_[i];
+    for (int i = 0; i < int(curvePoints_.size()); ++i) {
+        const CurvePoint& point = curvePoints_[i];
         if (!IsPointVisible(i) || !IsPointInCurrentRange(point))
             continue;
         // On whole pixels, centred on the point's pixel.
         const RectT<float> dot =
             GetDotRect(GetPixelForCoordinatePair(point.position)).Offset(0.5f, 0.5f);
         if (i == selected)
-            p.FillRect(dot.Inset(-1.0f, -1.0f), selected_point_color_);
+            p.FillRect(dot.Inset(-1.0f, -1.0f), selectedPointColor_);
         else
-            p.FillRect(dot, curve_color_0_);
+            p.FillRect(dot, curveColor0_);
     }
 }
 
@@ -996,19 +993,19 @@ void CurveEditor::DrawPointLabels(qorui::penrig::Penrig* penrig) const {
     const RectT<float> content = GetContentRect();
     const RectT<float> bordered = GetContentRectWithBorders();
     const float height = kPointLabelFontSize + kPointLabelGap;
-    const std::size_t count = std::min(point_labels_.size(), curve_points_.size());
+    const std::size_t count = std::min(pointLabels_.size(), curvePoints_.size());
     for (std::size_t i = 0; i < count; ++i) {
-        const CurvePoint& point = curve_points_[i];
-        if (point_labels_[i].empty() || !IsPointVisible(int(i)) || !IsPointInCurrentRange(point))
+        const CurvePoint& point = curvePoints_[i];
+        if (pointLabels_[i].empty() || !IsPointVisible(int(i)) || !IsPointInCurrentRange(point))
             continue;
-        const std::string text = qorcore::Localize(point_labels_[i]);
+        const std::string text = qorcore::Localize(pointLabels_[i]);
         const PointT<float> at = GetPixelForCoordinatePair(point.position);
         const float width = std::ceil(p.MeasureStringWidth(text));
         // Over the dot, or along the bottom of the content; a label with no room above its
         // dot goes under it rather than being cut off.
-        float top = draw_point_labels_at_bottom_ ? content.Bottom() - height
-                                                 : at.y - 2.5f - kPointLabelGap - height;
-        if (!draw_point_labels_at_bottom_ && top < bordered.y)
+        float top = drawPointLabelsAtBottom_ ? content.Bottom() - height
+                                             : at.y - 2.5f - kPointLabelGap - height;
+        if (!drawPointLabelsAtBottom_ && top < bordered.y)
             top = at.y + 2.5f + kPointLabelGap;
         p.DrawText(text, {std::round(at.x + 0.5f - width * 0.5f), top, width, height},
                    qorui::penrig::HorizontalAlignment::kLeft,
@@ -1020,9 +1017,9 @@ void CurveEditor::DrawSegmentNumbers(qorui::penrig::Penrig* penrig) const {
     qorui::penrig::Penrig& p = *penrig;
     p.SetFont(qorui::penrig::Font(kSegmentNumberFontSize));
     p.SetColor(qorcore::ColorRGBAFixed::White);
-    for (std::size_t i = 0; i + 1 < curve_points_.size(); ++i) {
-        const PointT<float> a = GetPixelForCoordinatePair(curve_points_[i].position);
-        const PointT<float> b = GetPixelForCoordinatePair(curve_points_[i + 1].position);
+    for (std::size_t i = 0; i + 1 < curvePoints_.size(); ++i) {
+        const PointT<float> a = GetPixelForCoordinatePair(curvePoints_[i].position);
+        const PointT<float> b = GetPixelForCoordinatePair(curvePoints_[i + 1].position);
         const std::string text = std::to_string(i + 1);
         const float width = std::ceil(p.MeasureStringWidth(text));
         const float height = kSegmentNumberFontSize + 4.0f;

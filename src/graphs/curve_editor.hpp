@@ -77,7 +77,7 @@ public:
     /// (with the signal). A position that is not finite throws std::invalid_argument and
     /// changes nothing.
     void SetCurvePoints(const CurvePoints& points);
-    const CurvePoints& GetCurvePoints() const { return curve_points_; }
+    const CurvePoints& GetCurvePoints() const { return curvePoints_; }
     /// Asks for a point's values in the edit dialog and adds it; false on cancel, or with a
     /// note when a point already sits at that horizontal value.
     bool AddNewPoint();
@@ -92,11 +92,11 @@ public:
     // Rules. An empty list means the default rule; an index past a non-empty list takes the
     // list's default (see the queries below).
     /// The most points a click may lead to; points set by code or the dialog are not capped.
-    void SetMaxPointCount(std::size_t count) { max_point_count_ = count; }
-    std::size_t GetMaxPointCount() const { return max_point_count_; }
-    void SetUniqueHorizontalPositions(bool unique) { unique_horizontal_positions_ = unique; }
-    bool GetUniqueHorizontalPositions() const { return unique_horizontal_positions_; }
-    void SetEnableDeletePoints(bool enable) { enable_delete_points_ = enable; }
+    void SetMaxPointCount(std::size_t count) { maxPointCount_ = count; }
+    std::size_t GetMaxPointCount() const { return maxPointCount_; }
+    void SetUniqueHorizontalPositions(bool unique) { uniqueHorizontalPositions_ = unique; }
+    bool GetUniqueHorizontalPositions() const { return uniqueHorizontalPositions_; }
+    void SetEnableDeletePoints(bool enable) { enableDeletePoints_ = enable; }
     void SetDeletablePoints(const std::vector<char>& deletable);
     void SetMoveablePoints(const std::vector<char>& moveable, bool horizontal);
     void SetVisiblePoints(const std::vector<char>& visible);
@@ -120,15 +120,15 @@ public:
     void SetDrawSegmentNumbers(bool draw);
     void SetDrawLinearReference(bool draw);
     /// A tool tip with the values under the mouse while it moves over the content.
-    void SetEnableMousePositionToolTip(bool enable) { enable_mouse_position_tool_tip_ = enable; }
-    bool GetEnableMousePositionToolTip() const { return enable_mouse_position_tool_tip_; }
+    void SetEnableMousePositionToolTip(bool enable) { enableMousePositionToolTip_ = enable; }
+    bool GetEnableMousePositionToolTip() const { return enableMousePositionToolTip_; }
 
     // Edit dialog and tool tip texts. Tool tips appear only when both units are set, and the
     // point menu only when both labels are.
-    void SetHorizontalEditDialogLabel(std::string label) { horizontal_label_ = std::move(label); }
-    void SetVerticalEditDialogLabel(std::string label) { vertical_label_ = std::move(label); }
-    void SetHorizontalEditDialogUnit(std::string unit) { horizontal_unit_ = std::move(unit); }
-    void SetVerticalEditDialogUnit(std::string unit) { vertical_unit_ = std::move(unit); }
+    void SetHorizontalEditDialogLabel(std::string label) { horizontalLabel_ = std::move(label); }
+    void SetVerticalEditDialogLabel(std::string label) { verticalLabel_ = std::move(label); }
+    void SetHorizontalEditDialogUnit(std::string unit) { horizontalUnit_ = std::move(unit); }
+    void SetVerticalEditDialogUnit(std::string unit) { verticalUnit_ = std::move(unit); }
     /// From what the dialog and the tool tip show to the point's value and back; empty
     /// functions show the values themselves.
     void SetHorizontalEditDialogTranslators(Translator display_to_value,
@@ -146,16 +146,16 @@ public:
     /// Opaque black for an index other than 0 and 1.
     qorcore::ColorRGBA GetCurveColor(int index) const;
     void SetSelectedPointColor(const qorcore::ColorRGBA& color);
-    const qorcore::ColorRGBA& GetSelectedPointColor() const { return selected_point_color_; }
+    const qorcore::ColorRGBA& GetSelectedPointColor() const { return selectedPointColor_; }
     void SetContentLineThickness(float thickness);
-    float GetContentLineThickness() const { return content_line_thickness_; }
+    float GetContentLineThickness() const { return contentLineThickness_; }
 
     // Content layers, drawn in the order added (the first lowest). A null layer throws the
     // null-pointer exception; adding a layer twice or removing an unknown one does nothing.
     void AddContentLayer(qorcore::IntrusivePtr<ContentLayer> layer);
     void RemoveContentLayer(const qorcore::IntrusivePtr<ContentLayer>& layer);
     const std::vector<qorcore::IntrusivePtr<ContentLayer>>& GetContentLayers() const {
-        return content_layers_;
+        return contentLayers_;
     }
 
     /// Repaints the content with its borders, widened to whole pixels.
@@ -184,7 +184,7 @@ public:
     void SetToolTip(const std::pair<double, double>& values);
     void CloseToolTip();
     /// The tool tip showing or waiting, or null.
-    qorui::UI_ToolTip* GetToolTip() const { return tool_tip_.get(); }
+    qorui::UI_ToolTip* GetToolTip() const { return toolTip_.get(); }
 
     // Overrides
     void SetCurrentRange(double horizontal_start, double horizontal_end, double vertical_start,
@@ -213,7 +213,7 @@ protected:
 
     /// Inserts before the first point with a greater horizontal value, so after equal ones.
     CurvePoints::iterator AddNewCurvePoint(const CurvePoint& point);
-    std::uint32_t GetNewPointId() { return next_point_id_++; }
+    std::uint32_t GetNewPointId() { return nextPointId_++; }
     /// Runs the edit dialog on `horizontal` and `vertical`; true (with the values written
     /// back) when accepted.
     bool RunEditDialog(double& horizontal, double& vertical, bool horizontal_enabled);
@@ -235,39 +235,39 @@ private:
     void RequestData();
     std::string FormatToolTipValue(double value, const Translator& value_to_display) const;
 
-    qorcore::ColorRGBA curve_color_0_{0.3f, 0.4f, 1.0f, 1.0f};
-    qorcore::ColorRGBA curve_color_1_{1.0f, 0.0f, 0.0f, 1.0f};
-    CurvePoints curve_points_;
-    qorcore::Signal<void(int)> selection_changed_;
-    std::uint32_t next_point_id_ = kFirstPointId;
-    std::shared_ptr<std::function<void(int)>> request_data_;
-    qorcore::ColorRGBA selected_point_color_{0.9f, 1.0f, 1.0f, 1.0f};
-    int selected_index_ = -1;
-    std::vector<double> response_data_0_;
-    std::vector<double> response_data_1_;
-    std::size_t max_point_count_ = 3;
-    std::string horizontal_label_;
-    std::string vertical_label_;
-    std::string horizontal_unit_;
-    std::string vertical_unit_;
-    bool draw_segment_numbers_ = false;
-    bool draw_linear_reference_ = true;
-    bool unique_horizontal_positions_ = true;
-    bool enable_mouse_position_tool_tip_ = false;
-    bool enable_delete_points_ = true;
-    bool draw_point_labels_at_bottom_ = false;
-    std::vector<std::string> point_labels_;
-    std::vector<char> visible_points_;
-    std::vector<char> deletable_points_;
-    std::vector<char> horizontally_moveable_points_;
-    std::vector<char> vertically_moveable_points_;
-    qorcore::IntrusivePtr<qorui::UI_ToolTip> tool_tip_;
-    Translator horizontal_display_to_value_;
-    Translator horizontal_value_to_display_;
-    Translator vertical_display_to_value_;
-    Translator vertical_value_to_display_;
-    float content_line_thickness_ = 1.6f;
-    std::vector<qorcore::IntrusivePtr<ContentLayer>> content_layers_;
+    qorcore::ColorRGBA curveColor0_{0.3f, 0.4f, 1.0f, 1.0f};
+    qorcore::ColorRGBA curveColor1_{1.0f, 0.0f, 0.0f, 1.0f};
+    CurvePoints curvePoints_;
+    qorcore::Signal<void(int)> selectionChanged_;
+    std::uint32_t nextPointId_ = kFirstPointId;
+    std::shared_ptr<std::function<void(int)>> requestData_;
+    qorcore::ColorRGBA selectedPointColor_{0.9f, 1.0f, 1.0f, 1.0f};
+    int selectedIndex_ = -1;
+    std::vector<double> responseData0_;
+    std::vector<double> responseData1_;
+    std::size_t maxPointCount_ = 3;
+    std::string horizontalLabel_;
+    std::string verticalLabel_;
+    std::string horizontalUnit_;
+    std::string verticalUnit_;
+    bool drawSegmentNumbers_ = false;
+    bool drawLinearReference_ = true;
+    bool uniqueHorizontalPositions_ = true;
+    bool enableMousePositionToolTip_ = false;
+    bool enableDeletePoints_ = true;
+    bool drawPointLabelsAtBottom_ = false;
+    std::vector<std::string> pointLabels_;
+    std::vector<char> visiblePoints_;
+    std::vector<char> deletablePoints_;
+    std::vector<char> horizontallyMoveablePoints_;
+    std::vector<char> verticallyMoveablePoints_;
+    qorcore::IntrusivePtr<qorui::UI_ToolTip> toolTip_;
+    Translator horizontalDisplayToValue_;
+    Translator horizontalValueToDisplay_;
+    Translator verticalDisplayToValue_;
+    Translator verticalValueToDisplay_;
+    float contentLineThickness_ = 1.6f;
+    std::vector<qorcore::IntrusivePtr<ContentLayer>> contentLayers_;
 };
 
 } // namespace qoraudiofiltersui

@@ -22,7 +22,7 @@ CurvePointMoveCapture::CurvePointMoveCapture(CurveEditor* editor, const MouseEve
                                              int index, const CurveEditor::CurvePoint& point,
                                              bool show_tool_tip)
     : qorui::InputCapture(CheckEditor(editor), start), editor_(editor), index_(index),
-      original_(point), show_tool_tip_(show_tool_tip) {}
+      original_(point), showToolTip_(show_tool_tip) {}
 
 bool CurvePointMoveCapture::Start() {
     editor_->BeginInteractiveChange();
@@ -42,7 +42,7 @@ bool CurvePointMoveCapture::UI_DoMouseEvent(const MouseEvent& event) {
 }
 
 void CurvePointMoveCapture::UpdateToolTip(const qorcore::PointT<float>& position) {
-    if (!show_tool_tip_ || index_ < 0)
+    if (!showToolTip_ || index_ < 0)
         return;
     if (editor_->GetBounds().Contains(position))
         editor_->SetToolTip(editor_->GetCurvePoints()[index_].position);

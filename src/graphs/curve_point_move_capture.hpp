@@ -36,7 +36,7 @@ private:
     qorcore::IntrusivePtr<CurveEditor> editor_;
     int index_;
     CurveEditor::CurvePoint original_;
-    bool show_tool_tip_;
+    bool showToolTip_;
 };
 
 } // namespace qoraudiofiltersui

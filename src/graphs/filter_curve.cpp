@@ -11,34 +11,33 @@ namespace qoraudiofiltersui {
 FilterCurve::FilterCurve(std::shared_ptr<qoraudiofilterhost::AudioFilter> filter,
                          float min_frequency, float max_frequency, int point_count,
                          float points_per_octave, float grid_offset)
-    : filter_(std::move(filter)), min_frequency_(min_frequency), max_frequency_(max_frequency),
-      point_count_(point_count), points_per_octave_(points_per_octave), grid_offset_(grid_offset) {}
+    : filter_(std::move(filter)), minFrequency_(min_frequency), maxFrequency_(max_frequency),
+      pointCount_(point_count), pointsPerOctave_(points_per_octave), gridOffset_(grid_offset) {}
 
 FilterCurve::~FilterCurve() = default;
 
 float FilterCurve::IndexToFrequency(int index) const {
-    const float hz =
-        std::pow(2.0f, (static_cast<float>(index) + grid_offset_) / points_per_octave_);
-    return std::clamp(hz, min_frequency_, std::max(min_frequency_, max_frequency_));
+    const float hz = std::pow(2.0f, (static_cast<float>(index) + gridOffset_) / pointsPerOctave_);
+    return std::clamp(hz, minFrequency_, std::max(minFrequency_, maxFrequency_));
 }
 
 void FilterCurve::RebuildGrid() {
     const float sample_rate = filter_ ? filter_->GetSampleRate() : 0.0f;
     grid_.clear();
-    if (!(sample_rate > 0.0f) || point_count_ < 2)
+    if (!(sample_rate > 0.0f) || pointCount_ < 2)
         return;
-    grid_.reserve(static_cast<std::size_t>(point_count_));
-    for (int i = 0; i < point_count_; ++i) {
+    grid_.reserve(static_cast<std::size_t>(pointCount_));
+    for (int i = 0; i < pointCount_; ++i) {
         const float w = IndexToFrequency(i) * 6.2831855f / sample_rate;
         grid_.push_back({std::cos(-w), std::cos(-2.0f * w), std::sin(-w), std::sin(-2.0f * w)});
     }
 }
 
 int FilterCurve::FrequencyToIndex(float hz) const {
-    const float index = std::ceil(std::log2(hz) * points_per_octave_ - grid_offset_);
+    const float index = std::ceil(std::log2(hz) * pointsPerOctave_ - gridOffset_);
     if (!(index > 0.0f))
         return 0;
-    return index >= static_cast<float>(point_count_) ? point_count_ : static_cast<int>(index);
+    return index >= static_cast<float>(pointCount_) ? pointCount_ : static_cast<int>(index);
 }
 
 void FilterCurve::AddSectionResponse(const coefficients_t& c, std::vector<float>& out) const {
@@ -64,24 +63,24 @@ void FilterCurve::AddSectionResponse(const coefficients_t& c, std::vector<float>
 
 void FilterCurve::Update() {
     if (grid_.empty()) {
-        total_response_.clear();
-        selected_response_.clear();
+        totalResponse_.clear();
+        selectedResponse_.clear();
         return;
     }
-    total_response_.assign(grid_.size(), 0.0f);
-    ComputeTotalResponse(total_response_);
-    if (selected_band_ < 0) {
-        selected_response_.clear();
+    totalResponse_.assign(grid_.size(), 0.0f);
+    ComputeTotalResponse(totalResponse_);
+    if (selectedBand_ < 0) {
+        selectedResponse_.clear();
         return;
     }
-    selected_response_.assign(grid_.size(), 0.0f);
-    ComputeBandResponse(selected_band_, selected_response_);
+    selectedResponse_.assign(grid_.size(), 0.0f);
+    ComputeBandResponse(selectedBand_, selectedResponse_);
 }
 
 void FilterCurve::SetSelectedBand(int band) {
-    if (band == selected_band_)
+    if (band == selectedBand_)
         return;
-    selected_band_ = band;
+    selectedBand_ = band;
     Update();
 }
 

@@ -34,10 +34,10 @@ public:
     /// Works the grid out again from the filter's sample rate.
     void RebuildGrid();
     void SetSelectedBand(int band);
-    int GetSelectedBand() const { return selected_band_; }
+    int GetSelectedBand() const { return selectedBand_; }
     void Update();
-    const std::vector<float>& GetTotalResponse() const { return total_response_; }
-    const std::vector<float>& GetSelectedResponse() const { return selected_response_; }
+    const std::vector<float>& GetTotalResponse() const { return totalResponse_; }
+    const std::vector<float>& GetSelectedResponse() const { return selectedResponse_; }
     const std::shared_ptr<qoraudiofilterhost::AudioFilter>& GetFilter() const { return filter_; }
     /// The first grid point at or above `hz`, limited to 0..point count.
     int FrequencyToIndex(float hz) const;
@@ -50,14 +50,14 @@ public:
 private:
     std::shared_ptr<qoraudiofilterhost::AudioFilter> filter_;
     std::vector<std::array<float, 4>> grid_; // cos(-w), cos(-2w), sin(-w), sin(-2w)
-    int selected_band_ = -1;
-    float min_frequency_;
-    float max_frequency_;
-    int point_count_;
-    float points_per_octave_;
-    float grid_offset_;
-    std::vector<float> total_response_;
-    std::vector<float> selected_response_;
+    int selectedBand_ = -1;
+    float minFrequency_;
+    float maxFrequency_;
+    int pointCount_;
+    float pointsPerOctave_;
+    float gridOffset_;
+    std::vector<float> totalResponse_;
+    std::vector<float> selectedResponse_;
 };
 
 } // namespace qoraudiofiltersui

@@ -143,78 +143,78 @@ const RulerBase& CheckRuler(const IntrusivePtr<RulerBase>& ruler) {
 } // namespace
 
 RulerGridBase::RulerGridBase(IntrusivePtr<RulerBase> horizontal, IntrusivePtr<RulerBase> vertical)
-    : vertical_ruler_(std::move(vertical)), horizontal_ruler_(std::move(horizontal)),
-      vertical_handler_(qorcore::MakeIntrusive<RulerHandler>()),
-      horizontal_handler_(qorcore::MakeIntrusive<RulerHandler>()),
-      background_color_(qorcore::ColorRGBAFixed::Black),
-      ruler_background_color_(qorui::skins::GetContentBackgroundColor()),
-      grid_color_(0.0f, 0.208f, 0.0f, 1.0f) {
+    : verticalRuler_(std::move(vertical)), horizontalRuler_(std::move(horizontal)),
+      verticalHandler_(qorcore::MakeIntrusive<RulerHandler>()),
+      horizontalHandler_(qorcore::MakeIntrusive<RulerHandler>()),
+      backgroundColor_(qorcore::ColorRGBAFixed::Black),
+      rulerBackgroundColor_(qorui::skins::GetContentBackgroundColor()),
+      gridColor_(0.0f, 0.208f, 0.0f, 1.0f) {
     SetWantsKeyboardFocus(true);
     SetRulersSupportZooming(false);
-    horizontal_handler_->SetRulerCanZoomInFxn(
+    horizontalHandler_->SetRulerCanZoomInFxn(
         std::make_shared<std::function<bool()>>([this] { return CanZoomInHorizontal(); }));
-    horizontal_handler_->SetRulerCanZoomOutFxn(
+    horizontalHandler_->SetRulerCanZoomOutFxn(
         std::make_shared<std::function<bool()>>([this] { return CanZoomOutHorizontal(); }));
-    vertical_handler_->SetRulerCanZoomInFxn(
+    verticalHandler_->SetRulerCanZoomInFxn(
         std::make_shared<std::function<bool()>>([this] { return CanZoomInVertical(); }));
-    vertical_handler_->SetRulerCanZoomOutFxn(
+    verticalHandler_->SetRulerCanZoomOutFxn(
         std::make_shared<std::function<bool()>>([this] { return CanZoomOutVertical(); }));
     ConnectHandlers();
-    horizontal_handler_->SetHandlesMouseWheelEvents(true);
-    vertical_handler_->SetHandlesMouseWheelEvents(true);
+    horizontalHandler_->SetHandlesMouseWheelEvents(true);
+    verticalHandler_->SetHandlesMouseWheelEvents(true);
     ApplyRulerSettings();
-    theme_changed_ = qorui::skins::ConnectThemeChanged([this] { ThemeChanged(); });
+    themeChanged_ = qorui::skins::ConnectThemeChanged([this] { ThemeChanged(); });
 }
 
 RulerGridBase::~RulerGridBase() = default;
 
 void RulerGridBase::ConnectHandlers() {
-    RulerHandler& h = *horizontal_handler_;
-    RulerHandler& v = *vertical_handler_;
-    horizontal_scrolled_ =
+    RulerHandler& h = *horizontalHandler_;
+    RulerHandler& v = *verticalHandler_;
+    horizontalScrolled_ =
         h.ConnectRulerScrolled([this](const PointT<int>& current, const PointT<int>& last) {
             OnHorizontalRulerScrolled(current, last);
         });
-    horizontal_zoom_region_changed_ =
+    horizontalZoomRegionChanged_ =
         h.ConnectRulerZoomRegionChanged([this] { OnHorizontalRulerZoomRegionChanged(); });
-    horizontal_zoom_capture_ended_ =
+    horizontalZoomCaptureEnded_ =
         h.ConnectRulerZoomCaptureEnded([this](bool zoomed, int first, int second, bool cancel) {
             OnHorizontalRulerZoomCaptureEnded(zoomed, first, second, cancel);
         });
-    horizontal_mouse_wheel_changed_ = h.ConnectMouseWheelChanged(
+    horizontalMouseWheelChanged_ = h.ConnectMouseWheelChanged(
         [this](const qorui::MouseEvent& event) { OnHorizontalRulerMouseWheelChanged(event); });
-    vertical_scrolled_ =
+    verticalScrolled_ =
         v.ConnectRulerScrolled([this](const PointT<int>& current, const PointT<int>& last) {
             OnVerticalRulerScrolled(current, last);
         });
-    vertical_zoom_region_changed_ =
+    verticalZoomRegionChanged_ =
         v.ConnectRulerZoomRegionChanged([this] { OnVerticalRulerZoomRegionChanged(); });
-    vertical_zoom_capture_ended_ =
+    verticalZoomCaptureEnded_ =
         v.ConnectRulerZoomCaptureEnded([this](bool zoomed, int first, int second, bool cancel) {
             OnVerticalRulerZoomCaptureEnded(zoomed, first, second, cancel);
         });
-    vertical_mouse_wheel_changed_ = v.ConnectMouseWheelChanged(
+    verticalMouseWheelChanged_ = v.ConnectMouseWheelChanged(
         [this](const qorui::MouseEvent& event) { OnVerticalRulerMouseWheelChanged(event); });
 }
 
 void RulerGridBase::ApplyRulerSettings() {
     // The grid decides which way each ruler runs: the one beside the content is vertical.
-    if (horizontal_ruler_) {
-        horizontal_ruler_->SetVertical(false);
-        horizontal_ruler_->SetAbbreviateNumbers(true);
+    if (horizontalRuler_) {
+        horizontalRuler_->SetVertical(false);
+        horizontalRuler_->SetAbbreviateNumbers(true);
     }
-    if (vertical_ruler_) {
-        vertical_ruler_->SetVertical(true);
-        vertical_ruler_->SetAbbreviateNumbers(true);
+    if (verticalRuler_) {
+        verticalRuler_->SetVertical(true);
+        verticalRuler_->SetAbbreviateNumbers(true);
     }
-    horizontal_handler_->SetRuler(horizontal_ruler_);
-    vertical_handler_->SetRuler(vertical_ruler_);
+    horizontalHandler_->SetRuler(horizontalRuler_);
+    verticalHandler_->SetRuler(verticalRuler_);
 }
 
 void RulerGridBase::SetRulers(IntrusivePtr<RulerBase> horizontal,
                               IntrusivePtr<RulerBase> vertical) {
-    horizontal_ruler_ = std::move(horizontal);
-    vertical_ruler_ = std::move(vertical);
+    horizontalRuler_ = std::move(horizontal);
+    verticalRuler_ = std::move(vertical);
     ApplyRulerSettings();
     UpdateRulerLayout();
 }
@@ -228,43 +228,42 @@ void RulerGridBase::SetRanges(double hs, double he, double vs, double ve) {
 
 void RulerGridBase::SetRangeBounds(double hs, double he, double vs, double ve) {
     ApplyBounds(hs, he, vs, ve, [this] {
-        SetCurrentRange(horizontal_start_, horizontal_end_, vertical_start_, vertical_end_);
+        SetCurrentRange(horizontalStart_, horizontalEnd_, verticalStart_, verticalEnd_);
     });
 }
 
 void RulerGridBase::ApplyBounds(double hs, double he, double vs, double ve,
                                 const std::function<void()>& apply_range) {
     CheckBounds(hs, he, vs, ve);
-    const double old[4] = {horizontal_start_bound_, horizontal_end_bound_, vertical_start_bound_,
-                           vertical_end_bound_};
-    horizontal_start_bound_ = hs;
-    horizontal_end_bound_ = he;
-    vertical_start_bound_ = vs;
-    vertical_end_bound_ = ve;
+    const double old[4] = {horizontalStartBound_, horizontalEndBound_, verticalStartBound_,
+                           verticalEndBound_};
+    horizontalStartBound_ = hs;
+    horizontalEndBound_ = he;
+    verticalStartBound_ = vs;
+    verticalEndBound_ = ve;
     try {
         apply_range();
     } catch (...) {
         // A ruler refused the range: the bounds stay as they were too.
-        horizontal_start_bound_ = old[0];
-        horizontal_end_bound_ = old[1];
-        vertical_start_bound_ = old[2];
-        vertical_end_bound_ = old[3];
+        horizontalStartBound_ = old[0];
+        horizontalEndBound_ = old[1];
+        verticalStartBound_ = old[2];
+        verticalEndBound_ = old[3];
         throw;
     }
 }
 
 void RulerGridBase::SetCurrentRange(double hs, double he, double vs, double ve) {
-    NormalizeRange(hs, he, horizontal_start_bound_, horizontal_end_bound_,
-                   horizontal_minimum_span_);
-    NormalizeRange(vs, ve, vertical_start_bound_, vertical_end_bound_, vertical_minimum_span_);
+    NormalizeRange(hs, he, horizontalStartBound_, horizontalEndBound_, horizontalMinimumSpan_);
+    NormalizeRange(vs, ve, verticalStartBound_, verticalEndBound_, verticalMinimumSpan_);
 
-    const bool same = hs == horizontal_start_ && he == horizontal_end_ && vs == vertical_start_ &&
-                      ve == vertical_end_;
+    const bool same = hs == horizontalStart_ && he == horizontalEnd_ && vs == verticalStart_ &&
+                      ve == verticalEnd_;
     if (same) {
-        if (!horizontal_ruler_ || !vertical_ruler_)
+        if (!horizontalRuler_ || !verticalRuler_)
             return;
-        if (horizontal_ruler_->GetValue1() == hs && horizontal_ruler_->GetValue2() == he &&
-            vertical_ruler_->GetValue1() == vs && vertical_ruler_->GetValue2() == ve)
+        if (horizontalRuler_->GetValue1() == hs && horizontalRuler_->GetValue2() == he &&
+            verticalRuler_->GetValue1() == vs && verticalRuler_->GetValue2() == ve)
             return;
     }
 
@@ -278,60 +277,60 @@ void RulerGridBase::SetCurrentRange(double hs, double he, double vs, double ve) 
 
     // The rulers refuse ranges they can't show (a log ruler below zero): ask both before
     // anything is stored, so that a refusal changes nothing.
-    if (horizontal_ruler_) {
-        const double old1 = horizontal_ruler_->GetValue1();
-        const double old2 = horizontal_ruler_->GetValue2();
-        horizontal_ruler_->SetValueRange(hs, he);
-        if (vertical_ruler_) {
+    if (horizontalRuler_) {
+        const double old1 = horizontalRuler_->GetValue1();
+        const double old2 = horizontalRuler_->GetValue2();
+        horizontalRuler_->SetValueRange(hs, he);
+        if (verticalRuler_) {
             try {
-                vertical_ruler_->SetValueRange(vs, ve);
+                verticalRuler_->SetValueRange(vs, ve);
             } catch (...) {
-                horizontal_ruler_->SetValueRange(old1, old2);
+                horizontalRuler_->SetValueRange(old1, old2);
                 throw;
             }
         }
-    } else if (vertical_ruler_) {
-        vertical_ruler_->SetValueRange(vs, ve);
+    } else if (verticalRuler_) {
+        verticalRuler_->SetValueRange(vs, ve);
     }
 
-    horizontal_start_ = hs;
-    horizontal_end_ = he;
-    vertical_start_ = vs;
-    vertical_end_ = ve;
-    if (!horizontal_ruler_ && !vertical_ruler_) {
-        current_range_changed_();
+    horizontalStart_ = hs;
+    horizontalEnd_ = he;
+    verticalStart_ = vs;
+    verticalEnd_ = ve;
+    if (!horizontalRuler_ && !verticalRuler_) {
+        currentRangeChanged_();
         return;
     }
     EmitInvalidate();
-    current_range_changed_();
+    currentRangeChanged_();
 }
 
 bool RulerGridBase::CanZoomInHorizontal() const {
-    return std::abs(horizontal_end_ - horizontal_start_) > horizontal_minimum_span_;
+    return std::abs(horizontalEnd_ - horizontalStart_) > horizontalMinimumSpan_;
 }
 
 bool RulerGridBase::CanZoomOutHorizontal() const {
-    return horizontal_start_ != horizontal_start_bound_ || horizontal_end_ != horizontal_end_bound_;
+    return horizontalStart_ != horizontalStartBound_ || horizontalEnd_ != horizontalEndBound_;
 }
 
 bool RulerGridBase::CanZoomInVertical() const {
-    return std::abs(vertical_end_ - vertical_start_) > vertical_minimum_span_;
+    return std::abs(verticalEnd_ - verticalStart_) > verticalMinimumSpan_;
 }
 
 bool RulerGridBase::CanZoomOutVertical() const {
-    return vertical_start_ != vertical_start_bound_ || vertical_end_ != vertical_end_bound_;
+    return verticalStart_ != verticalStartBound_ || verticalEnd_ != verticalEndBound_;
 }
 
 // ---------------------------------------------------------------------------------------------
 // Zooming and scrolling
 
 void RulerGridBase::DoZoomAroundValue(bool vertical, double value, int steps) {
-    const RulerBase& ruler = CheckRuler(vertical ? vertical_ruler_ : horizontal_ruler_);
-    const double start = vertical ? vertical_start_ : horizontal_start_;
-    const double end = vertical ? vertical_end_ : horizontal_end_;
-    const double bound_start = vertical ? vertical_start_bound_ : horizontal_start_bound_;
-    const double bound_end = vertical ? vertical_end_bound_ : horizontal_end_bound_;
-    const double minimum_span = vertical ? vertical_minimum_span_ : horizontal_minimum_span_;
+    const RulerBase& ruler = CheckRuler(vertical ? verticalRuler_ : horizontalRuler_);
+    const double start = vertical ? verticalStart_ : horizontalStart_;
+    const double end = vertical ? verticalEnd_ : horizontalEnd_;
+    const double bound_start = vertical ? verticalStartBound_ : horizontalStartBound_;
+    const double bound_end = vertical ? verticalEndBound_ : horizontalEndBound_;
+    const double minimum_span = vertical ? verticalMinimumSpan_ : horizontalMinimumSpan_;
 
     if (steps > 0 && !(std::abs(end - start) > minimum_span))
         return;
@@ -349,9 +348,9 @@ void RulerGridBase::DoZoomAroundValue(bool vertical, double value, int steps) {
     double new_end = ruler.GetValueFromPixel(p2 - TruncatePixels((p2 - pv) * f));
     NormalizeRange(new_start, new_end, bound_start, bound_end, minimum_span);
     if (vertical)
-        SetCurrentRange(horizontal_start_, horizontal_end_, new_start, new_end);
+        SetCurrentRange(horizontalStart_, horizontalEnd_, new_start, new_end);
     else
-        SetCurrentRange(new_start, new_end, vertical_start_, vertical_end_);
+        SetCurrentRange(new_start, new_end, verticalStart_, verticalEnd_);
 }
 
 void RulerGridBase::DoHorizontalZoomAroundValue(double value, int steps) {
@@ -363,37 +362,37 @@ void RulerGridBase::DoVerticalZoomAroundValue(double value, int steps) {
 }
 
 void RulerGridBase::DoSimpleHorizontalZoomIn() {
-    DoHorizontalZoomAroundValue((horizontal_start_ + horizontal_end_) * 0.5, 3);
+    DoHorizontalZoomAroundValue((horizontalStart_ + horizontalEnd_) * 0.5, 3);
 }
 
 void RulerGridBase::DoSimpleHorizontalZoomOut() {
-    DoHorizontalZoomAroundValue((horizontal_start_ + horizontal_end_) * 0.5, -3);
+    DoHorizontalZoomAroundValue((horizontalStart_ + horizontalEnd_) * 0.5, -3);
 }
 
 void RulerGridBase::DoSimpleVerticalZoomIn() {
-    DoVerticalZoomAroundValue((vertical_start_ + vertical_end_) * 0.5, 3);
+    DoVerticalZoomAroundValue((verticalStart_ + verticalEnd_) * 0.5, 3);
 }
 
 void RulerGridBase::DoSimpleVerticalZoomOut() {
-    DoVerticalZoomAroundValue((vertical_start_ + vertical_end_) * 0.5, -3);
+    DoVerticalZoomAroundValue((verticalStart_ + verticalEnd_) * 0.5, -3);
 }
 
 void RulerGridBase::OnRulerScrolled(bool vertical, int current, int last) {
-    const RulerBase& ruler = CheckRuler(vertical ? vertical_ruler_ : horizontal_ruler_);
+    const RulerBase& ruler = CheckRuler(vertical ? verticalRuler_ : horizontalRuler_);
     const int pixels = ruler.GetPixel2() - ruler.GetPixel1();
     if (pixels == 0)
         return;
     const double value_per_pixel = (ruler.GetValue2() - ruler.GetValue1()) / pixels;
     // Dragging right (or down) moves the view towards the values at pixel 1.
     const double shift = (last - current) * value_per_pixel;
-    double start = (vertical ? vertical_start_ : horizontal_start_) + shift;
-    double end = (vertical ? vertical_end_ : horizontal_end_) + shift;
+    double start = (vertical ? verticalStart_ : horizontalStart_) + shift;
+    double end = (vertical ? verticalEnd_ : horizontalEnd_) + shift;
     if (vertical) {
-        ShiftRangeInside(start, end, vertical_start_bound_, vertical_end_bound_);
-        SetCurrentRange(horizontal_start_, horizontal_end_, start, end);
+        ShiftRangeInside(start, end, verticalStartBound_, verticalEndBound_);
+        SetCurrentRange(horizontalStart_, horizontalEnd_, start, end);
     } else {
-        ShiftRangeInside(start, end, horizontal_start_bound_, horizontal_end_bound_);
-        SetCurrentRange(start, end, vertical_start_, vertical_end_);
+        ShiftRangeInside(start, end, horizontalStartBound_, horizontalEndBound_);
+        SetCurrentRange(start, end, verticalStart_, verticalEnd_);
     }
 }
 
@@ -415,20 +414,20 @@ void RulerGridBase::OnVerticalRulerZoomRegionChanged() {
 
 void RulerGridBase::OnRulerZoomCaptureEnded(bool vertical, bool zoomed, int first, int second,
                                             bool cancelled) {
-    const RulerBase& ruler = CheckRuler(vertical ? vertical_ruler_ : horizontal_ruler_);
+    const RulerBase& ruler = CheckRuler(vertical ? verticalRuler_ : horizontalRuler_);
     if (zoomed) {
         const double a = ruler.GetValueFromPixel(std::min(first, second));
         const double b = ruler.GetValueFromPixel(std::max(first, second));
         if (vertical)
-            SetCurrentRange(horizontal_start_, horizontal_end_, a, b);
+            SetCurrentRange(horizontalStart_, horizontalEnd_, a, b);
         else
-            SetCurrentRange(a, b, vertical_start_, vertical_end_);
+            SetCurrentRange(a, b, verticalStart_, verticalEnd_);
         return;
     }
     if (cancelled)
         return;
     // A plain right click: the menu of that axis, acting around the value under the click.
-    const RulerHandler& handler = vertical ? *vertical_handler_ : *horizontal_handler_;
+    const RulerHandler& handler = vertical ? *verticalHandler_ : *horizontalHandler_;
     const PointT<int> click = handler.GetLastMousePosition();
     const double value = ruler.GetValueFromPixel(vertical ? click.y : click.x);
     // Keep the control alive through the nested loop of the menu.
@@ -442,11 +441,11 @@ void RulerGridBase::OnRulerZoomCaptureEnded(bool vertical, bool zoomed, int firs
     case kMenuZoomOut: DoZoomAroundValue(vertical, value, -3); break;
     case kMenuZoomOutFull:
         if (vertical)
-            SetCurrentRange(horizontal_start_, horizontal_end_, vertical_start_bound_,
-                            vertical_end_bound_);
+            SetCurrentRange(horizontalStart_, horizontalEnd_, verticalStartBound_,
+                            verticalEndBound_);
         else
-            SetCurrentRange(horizontal_start_bound_, horizontal_end_bound_, vertical_start_,
-                            vertical_end_);
+            SetCurrentRange(horizontalStartBound_, horizontalEndBound_, verticalStart_,
+                            verticalEnd_);
         break;
     default: break;
     }
@@ -466,7 +465,7 @@ void RulerGridBase::OnHorizontalRulerMouseWheelChanged(const qorui::MouseEvent& 
     if (!event.IsAction(qorui::PointerAction::kWheel))
         return;
     const double value =
-        CheckRuler(horizontal_ruler_).GetValueFromPixel(TruncatePixels(event.GetPosition().x));
+        CheckRuler(horizontalRuler_).GetValueFromPixel(TruncatePixels(event.GetPosition().x));
     DoHorizontalZoomAroundValue(value, GetLegacyMouseWheelDeltaInt(event));
 }
 
@@ -474,7 +473,7 @@ void RulerGridBase::OnVerticalRulerMouseWheelChanged(const qorui::MouseEvent& ev
     if (!event.IsAction(qorui::PointerAction::kWheel))
         return;
     const double value =
-        CheckRuler(vertical_ruler_).GetValueFromPixel(TruncatePixels(event.GetPosition().y));
+        CheckRuler(verticalRuler_).GetValueFromPixel(TruncatePixels(event.GetPosition().y));
     DoVerticalZoomAroundValue(value, GetLegacyMouseWheelDeltaInt(event));
 }
 
@@ -492,19 +491,19 @@ std::unique_ptr<qorui::OS_Menu> RulerGridBase::BuildRulerContextMenu(bool vertic
 // Geometry and mapping
 
 float RulerGridBase::GetOuterFrame() const {
-    return draw_border_ ? kOuterFrame : 0.0f;
+    return drawBorder_ ? kOuterFrame : 0.0f;
 }
 float RulerGridBase::GetLeftContentBorder() const {
-    return draw_border_ ? kLeftTopContentBorder : 0.0f;
+    return drawBorder_ ? kLeftTopContentBorder : 0.0f;
 }
 float RulerGridBase::GetTopContentBorder() const {
-    return draw_border_ ? kLeftTopContentBorder : 0.0f;
+    return drawBorder_ ? kLeftTopContentBorder : 0.0f;
 }
 float RulerGridBase::GetRightContentBorder() const {
-    return draw_border_ ? kRightBottomContentBorder : 0.0f;
+    return drawBorder_ ? kRightBottomContentBorder : 0.0f;
 }
 float RulerGridBase::GetBottomContentBorder() const {
-    return draw_border_ ? kRightBottomContentBorder : 0.0f;
+    return drawBorder_ ? kRightBottomContentBorder : 0.0f;
 }
 
 RectT<float> RulerGridBase::GetContentRectWithBorders() const {
@@ -517,16 +516,16 @@ RectT<float> RulerGridBase::GetContentRectWithBorders() const {
     r.width -= 2.0f * f;
     r.height -= 2.0f * f;
     // A ruler takes the place of the right or bottom frame.
-    if (vertical_ruler_)
+    if (verticalRuler_)
         r.width -= kVerticalRulerWidth - f;
-    if (horizontal_ruler_)
+    if (horizontalRuler_)
         r.height -= kHorizontalRulerHeight - f;
     return r;
 }
 
 RectT<float> RulerGridBase::GetContentRect() const {
     RectT<float> r = GetContentRectWithBorders();
-    if (r.width > 0.0f && r.height > 0.0f && draw_border_) {
+    if (r.width > 0.0f && r.height > 0.0f && drawBorder_) {
         r.x += kLeftTopContentBorder;
         r.y += kLeftTopContentBorder;
         r.width -= kLeftTopContentBorder + kRightBottomContentBorder;
@@ -537,11 +536,11 @@ RectT<float> RulerGridBase::GetContentRect() const {
 
 PointT<float> RulerGridBase::GetSizeForContentSize(PointT<float> size) const {
     const float borders =
-        draw_border_ ? kLeftTopContentBorder + kRightBottomContentBorder + kOuterFrame : 0.0f;
+        drawBorder_ ? kLeftTopContentBorder + kRightBottomContentBorder + kOuterFrame : 0.0f;
     PointT<float> result(size.x + borders, size.y + borders);
-    if (horizontal_ruler_)
+    if (horizontalRuler_)
         result.y += kHorizontalRulerHeight;
-    if (vertical_ruler_)
+    if (verticalRuler_)
         result.x += kVerticalRulerWidth;
     return result;
 }
@@ -552,52 +551,52 @@ PointT<float> RulerGridBase::GetBestSize() const {
 
 void RulerGridBase::UpdateRulerLayout() {
     const RectT<float> bounds = GetBounds();
-    if (bounds.width > 0.0f && bounds.height > 0.0f && (horizontal_ruler_ || vertical_ruler_)) {
+    if (bounds.width > 0.0f && bounds.height > 0.0f && (horizontalRuler_ || verticalRuler_)) {
         const RectT<int> content(GetContentRect());
         const RectT<float> bordered = GetContentRectWithBorders();
         const qorcore::ScaleMatrixT<float> matrix = UI_GetSelfToSpecificParentMatrix(nullptr);
         if (content.width > 0 && content.height > 0) {
-            if (horizontal_ruler_) {
-                horizontal_ruler_->SetPixelRange(content.x, content.x + content.width);
-                horizontal_handler_->SetRulerRect(
+            if (horizontalRuler_) {
+                horizontalRuler_->SetPixelRange(content.x, content.x + content.width);
+                horizontalHandler_->SetRulerRect(
                     {0, int(std::trunc(float(content.y) + bordered.height)),
                      content.x + content.width + int(kRulerOverhang), int(kHorizontalRulerHeight)},
                     matrix);
             }
-            if (vertical_ruler_) {
-                vertical_ruler_->SetPixelRange(content.y, content.y + content.height);
-                vertical_handler_->SetRulerRect({int(std::trunc(float(content.x) + bordered.width)),
-                                                 0, int(kVerticalRulerWidth),
-                                                 content.y + content.height + int(kRulerOverhang)},
-                                                matrix);
+            if (verticalRuler_) {
+                verticalRuler_->SetPixelRange(content.y, content.y + content.height);
+                verticalHandler_->SetRulerRect({int(std::trunc(float(content.x) + bordered.width)),
+                                                0, int(kVerticalRulerWidth),
+                                                content.y + content.height + int(kRulerOverhang)},
+                                               matrix);
             }
         } else {
             // No room for content: no gesture may start in a stale area.
-            horizontal_handler_->SetRulerRect({}, matrix);
-            vertical_handler_->SetRulerRect({}, matrix);
+            horizontalHandler_->SetRulerRect({}, matrix);
+            verticalHandler_->SetRulerRect({}, matrix);
         }
     }
     EmitInvalidate();
 }
 
 float RulerGridBase::GetPixelForHorizontalValue(double value) const {
-    if (horizontal_ruler_)
-        return float(horizontal_ruler_->GetPixelFromValue(value));
-    if (horizontal_end_ == horizontal_start_)
+    if (horizontalRuler_)
+        return float(horizontalRuler_->GetPixelFromValue(value));
+    if (horizontalEnd_ == horizontalStart_)
         return 0.0f;
     const RectT<float> content = GetContentRect();
-    return float((value - horizontal_start_) / (horizontal_end_ - horizontal_start_) *
+    return float((value - horizontalStart_) / (horizontalEnd_ - horizontalStart_) *
                      double(content.width) +
                  double(content.x));
 }
 
 float RulerGridBase::GetPixelForVerticalValue(double value) const {
-    if (vertical_ruler_)
-        return float(vertical_ruler_->GetPixelFromValue(value));
-    if (vertical_end_ == vertical_start_)
+    if (verticalRuler_)
+        return float(verticalRuler_->GetPixelFromValue(value));
+    if (verticalEnd_ == verticalStart_)
         return 0.0f;
     const RectT<float> content = GetContentRect();
-    return float((value - vertical_start_) / (vertical_end_ - vertical_start_) *
+    return float((value - verticalStart_) / (verticalEnd_ - verticalStart_) *
                      double(content.height) +
                  double(content.y));
 }
@@ -618,13 +617,12 @@ std::pair<double, double> RulerGridBase::GetCoordinatePairForPixel(PointT<float>
         return std::clamp(value, std::min(start, end), std::max(start, end));
     };
     return {
-        axis(horizontal_ruler_, pixel.x, content.x, content.width, horizontal_start_,
-             horizontal_end_),
-        axis(vertical_ruler_, pixel.y, content.y, content.height, vertical_start_, vertical_end_)};
+        axis(horizontalRuler_, pixel.x, content.x, content.width, horizontalStart_, horizontalEnd_),
+        axis(verticalRuler_, pixel.y, content.y, content.height, verticalStart_, verticalEnd_)};
 }
 
 std::vector<float> RulerGridBase::GetMajorTicks(bool horizontal) const {
-    const IntrusivePtr<RulerBase>& ruler = horizontal ? horizontal_ruler_ : vertical_ruler_;
+    const IntrusivePtr<RulerBase>& ruler = horizontal ? horizontalRuler_ : verticalRuler_;
     std::vector<float> ticks;
     if (!ruler)
         return ticks;
@@ -643,8 +641,8 @@ std::vector<float> RulerGridBase::GetMajorTicks(bool horizontal) const {
 // View state
 
 IntrusivePtr<qorcore::RefCountedObject> RulerGridBase::GetOpaqueViewState() const {
-    return qorcore::MakeIntrusive<OpaqueViewState>(horizontal_start_, horizontal_end_,
-                                                   vertical_start_, vertical_end_);
+    return qorcore::MakeIntrusive<OpaqueViewState>(horizontalStart_, horizontalEnd_, verticalStart_,
+                                                   verticalEnd_);
 }
 
 void RulerGridBase::SetOpaqueViewState(IntrusivePtr<qorcore::RefCountedObject> state) {
@@ -656,112 +654,112 @@ void RulerGridBase::SetOpaqueViewState(IntrusivePtr<qorcore::RefCountedObject> s
 // Appearance
 
 void RulerGridBase::SetBackgroundColor(const qorcore::ColorRGBA& color) {
-    background_color_ = color;
+    backgroundColor_ = color;
     EmitInvalidate();
 }
 
 void RulerGridBase::SetRulerBackgroundColor(const qorcore::ColorRGBA& color) {
-    ruler_background_color_ = color;
+    rulerBackgroundColor_ = color;
     EmitInvalidate();
 }
 
 void RulerGridBase::SetGridColor(const qorcore::ColorRGBA& color) {
-    grid_color_ = color;
+    gridColor_ = color;
     EmitInvalidate();
 }
 
 void RulerGridBase::ShowGrid(bool show) {
-    show_grid_ = show;
+    showGrid_ = show;
     EmitInvalidate();
 }
 
 void RulerGridBase::SetDrawBorder(bool draw) {
-    draw_border_ = draw;
+    drawBorder_ = draw;
     UpdateRulerLayout();
 }
 
 void RulerGridBase::SetDrawContentBorders(bool draw) {
-    draw_content_borders_ = draw;
+    drawContentBorders_ = draw;
     EmitInvalidate();
 }
 
 void RulerGridBase::SetIndicateFocus(bool indicate) {
-    indicate_focus_ = indicate;
+    indicateFocus_ = indicate;
     EmitInvalidate();
 }
 
 void RulerGridBase::SetDrawHorizontalMinorTicks(bool draw) {
-    draw_horizontal_minor_ticks_ = draw;
+    drawHorizontalMinorTicks_ = draw;
     EmitInvalidate();
 }
 
 void RulerGridBase::SetDrawVerticalMinorTicks(bool draw) {
-    draw_vertical_minor_ticks_ = draw;
+    drawVerticalMinorTicks_ = draw;
     EmitInvalidate();
 }
 
 void RulerGridBase::SetHorizontalRulerFontSize(float size) {
-    if (horizontal_ruler_)
-        horizontal_ruler_->SetFontSize(size);
+    if (horizontalRuler_)
+        horizontalRuler_->SetFontSize(size);
     EmitInvalidate();
 }
 
 void RulerGridBase::SetVerticalRulerFontSize(float size) {
-    if (vertical_ruler_)
-        vertical_ruler_->SetFontSize(size);
+    if (verticalRuler_)
+        verticalRuler_->SetFontSize(size);
     EmitInvalidate();
 }
 
 void RulerGridBase::SetHorizontalStepFactor(double factor) {
-    if (horizontal_ruler_)
-        horizontal_ruler_->SetStepFactor(factor);
+    if (horizontalRuler_)
+        horizontalRuler_->SetStepFactor(factor);
     EmitInvalidate();
 }
 
 void RulerGridBase::SetVerticalStepFactor(double factor) {
-    if (vertical_ruler_)
-        vertical_ruler_->SetStepFactor(factor);
+    if (verticalRuler_)
+        verticalRuler_->SetStepFactor(factor);
     EmitInvalidate();
 }
 
 void RulerGridBase::SetHorizontalLabel1(std::string label) {
-    if (horizontal_ruler_)
-        horizontal_ruler_->SetLabel1(std::move(label));
+    if (horizontalRuler_)
+        horizontalRuler_->SetLabel1(std::move(label));
     EmitInvalidate();
 }
 
 void RulerGridBase::SetHorizontalLabel2(std::string label) {
-    if (horizontal_ruler_)
-        horizontal_ruler_->SetLabel2(std::move(label));
+    if (horizontalRuler_)
+        horizontalRuler_->SetLabel2(std::move(label));
     EmitInvalidate();
 }
 
 void RulerGridBase::SetVerticalLabel1(std::string label) {
-    if (vertical_ruler_)
-        vertical_ruler_->SetLabel1(std::move(label));
+    if (verticalRuler_)
+        verticalRuler_->SetLabel1(std::move(label));
     EmitInvalidate();
 }
 
 void RulerGridBase::SetVerticalLabel2(std::string label) {
-    if (vertical_ruler_)
-        vertical_ruler_->SetLabel2(std::move(label));
+    if (verticalRuler_)
+        verticalRuler_->SetLabel2(std::move(label));
     EmitInvalidate();
 }
 
 void RulerGridBase::SetRulersSupportZooming(bool supports) {
-    rulers_support_zooming_ = supports;
-    horizontal_handler_->SetSupportsScrolling(supports);
-    horizontal_handler_->SetSupportsZooming(supports);
-    vertical_handler_->SetSupportsScrolling(supports);
-    vertical_handler_->SetSupportsZooming(supports);
+    rulersSupportZooming_ = supports;
+    horizontalHandler_->SetSupportsScrolling(supports);
+    horizontalHandler_->SetSupportsZooming(supports);
+    verticalHandler_->SetSupportsScrolling(supports);
+    verticalHandler_->SetSupportsZooming(supports);
 }
 
 qorcore::Connection RulerGridBase::ConnectCurrentRangeChanged(std::function<void()> slot) {
-    return current_range_changed_.Connect(std::move(slot));
+    return currentRangeChanged_.Connect(std::move(slot));
 }
 
 void RulerGridBase::ThemeChanged() {
-    ruler_background_color_ = qorui::skins::GetContentBackgroundColor();
+    rulerBackgroundColor_ = qorui::skins::GetContentBackgroundColor();
     EmitInvalidate();
 }
 
@@ -769,31 +767,31 @@ void RulerGridBase::ThemeChanged() {
 // Toolkit
 
 bool RulerGridBase::UI_DoMouseEvent(const qorui::MouseEvent& event) {
-    if (!rulers_support_zooming_)
+    if (!rulersSupportZooming_)
         return false;
-    if (vertical_handler_->DoMouseEvent(this, event))
+    if (verticalHandler_->DoMouseEvent(this, event))
         return true;
-    return horizontal_handler_->DoMouseEvent(this, event);
+    return horizontalHandler_->DoMouseEvent(this, event);
 }
 
 bool RulerGridBase::UI_DoCursor(const PointT<float>& local, qorui::ModifierFlags modifiers) {
-    if (!rulers_support_zooming_)
+    if (!rulersSupportZooming_)
         return false;
-    if (vertical_handler_->DoCursor(this, local, modifiers))
+    if (verticalHandler_->DoCursor(this, local, modifiers))
         return true;
-    return horizontal_handler_->DoCursor(this, local, modifiers);
+    return horizontalHandler_->DoCursor(this, local, modifiers);
 }
 
 const qorui::penrig::SupplierInterface* RulerGridBase::UI_GetDrawSupplier() const {
-    return draw_supplier_ ? draw_supplier_ : UI_InteractiveControlView::UI_GetDrawSupplier();
+    return drawSupplier_ ? drawSupplier_ : UI_InteractiveControlView::UI_GetDrawSupplier();
 }
 
 void RulerGridBase::UI_NodeChanged(NodeChange change) {
     UI_InteractiveControlView::UI_NodeChanged(change);
     qorui::UI_Window* window = GetWindow();
-    draw_supplier_ = window ? &window->GetDrawSupplier() : nullptr;
-    if (window && window->GetScaleFactor() != window_scale_) {
-        window_scale_ = window->GetScaleFactor();
+    drawSupplier_ = window ? &window->GetDrawSupplier() : nullptr;
+    if (window && window->GetScaleFactor() != windowScale_) {
+        windowScale_ = window->GetScaleFactor();
         UpdateRulerLayout();
     }
 }
@@ -809,9 +807,9 @@ void RulerGridBase::UI_Draw(qorui::penrig::Penrig* penrig) {
     UI_ClipToSelf(penrig);
     DrawBackground(penrig);
     DrawContent(penrig, GetContentRect());
-    if (draw_border_) {
+    if (drawBorder_) {
         const RectT<float> bounds = GetBounds();
-        const qorcore::ColorRGBA color = indicate_focus_ && HasFocus()
+        const qorcore::ColorRGBA color = indicateFocus_ && HasFocus()
                                              ? qorui::skins::GetFocusColor()
                                              : qorui::skins::GetDividerColor();
         penrig->SetPen(1.0f, color);
@@ -828,38 +826,38 @@ void RulerGridBase::DrawBackground(qorui::penrig::Penrig* penrig) const {
     const RectT<float> bounds = GetBounds();
     const RectT<float> bordered = GetContentRectWithBorders();
     const RectT<float> content = GetContentRect();
-    if (draw_content_borders_)
-        p.FillRect(bounds, ruler_background_color_);
-    p.FillRect(bordered, background_color_);
+    if (drawContentBorders_)
+        p.FillRect(bounds, rulerBackgroundColor_);
+    p.FillRect(bordered, backgroundColor_);
 
     // A repaint of the content alone (a dragged point) leaves the rulers' text alone.
     const RectT<float> clip = p.GetClipBounds();
-    if (horizontal_ruler_) {
+    if (horizontalRuler_) {
         const RectT<int> area{0, int(bordered.Bottom()), int(content.Right()) + int(kRulerOverhang),
                               int(kHorizontalRulerHeight)};
         if (clip.Intersects(RectT<float>(area)))
-            horizontal_ruler_->Draw(penrig, area);
-        horizontal_handler_->Draw(penrig);
-        if (show_grid_) {
-            if (draw_horizontal_minor_ticks_)
-                DrawGridPath(penrig, horizontal_ruler_->GetMinorPixels(), true, false);
-            DrawGridPath(penrig, horizontal_ruler_->GetMajorPixels(), true, true);
+            horizontalRuler_->Draw(penrig, area);
+        horizontalHandler_->Draw(penrig);
+        if (showGrid_) {
+            if (drawHorizontalMinorTicks_)
+                DrawGridPath(penrig, horizontalRuler_->GetMinorPixels(), true, false);
+            DrawGridPath(penrig, horizontalRuler_->GetMajorPixels(), true, true);
         }
     }
-    if (vertical_ruler_) {
+    if (verticalRuler_) {
         const RectT<int> area{int(bordered.Right()), 0, int(kVerticalRulerWidth),
                               int(content.Bottom()) + int(kRulerOverhang)};
         if (clip.Intersects(RectT<float>(area)))
-            vertical_ruler_->Draw(penrig, area);
-        vertical_handler_->Draw(penrig);
-        if (show_grid_) {
-            if (draw_vertical_minor_ticks_)
-                DrawGridPath(penrig, vertical_ruler_->GetMinorPixels(), false, false);
-            DrawGridPath(penrig, vertical_ruler_->GetMajorPixels(), false, true);
+            verticalRuler_->Draw(penrig, area);
+        verticalHandler_->Draw(penrig);
+        if (showGrid_) {
+            if (drawVerticalMinorTicks_)
+                DrawGridPath(penrig, verticalRuler_->GetMinorPixels(), false, false);
+            DrawGridPath(penrig, verticalRuler_->GetMajorPixels(), false, true);
         }
     }
 
-    if (draw_content_borders_) {
+    if (drawContentBorders_) {
         // A sunken frame: darker along the top and left, lighter along the bottom and right,
         // on half pixels so that the lines are crisp.
         const RectT<float> r(bordered.x + 0.5f, bordered.y + 0.5f, bordered.width - 1.0f,
@@ -898,7 +896,7 @@ void RulerGridBase::DrawGridPath(qorui::penrig::Penrig* penrig, const std::vecto
             p.LineTo(b.Right() - 1.0f, at);
         }
     }
-    qorcore::ColorRGBA color = grid_color_;
+    qorcore::ColorRGBA color = gridColor_;
     if (!major)
         color.alpha *= 0.5f;
     p.SetPen(1.0f, color);

@@ -53,13 +53,13 @@ public:
     void SetRulers(qorcore::IntrusivePtr<qorui::RulerBase> horizontal,
                    qorcore::IntrusivePtr<qorui::RulerBase> vertical);
     const qorcore::IntrusivePtr<qorui::RulerBase>& GetHorizontalRuler() const {
-        return horizontal_ruler_;
+        return horizontalRuler_;
     }
     const qorcore::IntrusivePtr<qorui::RulerBase>& GetVerticalRuler() const {
-        return vertical_ruler_;
+        return verticalRuler_;
     }
-    RulerHandler& GetHorizontalHandler() const { return *horizontal_handler_; }
-    RulerHandler& GetVerticalHandler() const { return *vertical_handler_; }
+    RulerHandler& GetHorizontalHandler() const { return *horizontalHandler_; }
+    RulerHandler& GetVerticalHandler() const { return *verticalHandler_; }
 
     // Ranges. Bounds that are not finite throw std::invalid_argument and change nothing; a
     // range a ruler can't show (not above zero on a log ruler) throws its std::invalid_argument
@@ -74,16 +74,16 @@ public:
     /// hands it to the rulers, repaints and fires the range changed signal.
     virtual void SetCurrentRange(double horizontal_start, double horizontal_end,
                                  double vertical_start, double vertical_end);
-    double GetHorizontalStart() const { return horizontal_start_; }
-    double GetHorizontalEnd() const { return horizontal_end_; }
-    double GetHorizontalStartBounds() const { return horizontal_start_bound_; }
-    double GetHorizontalEndBounds() const { return horizontal_end_bound_; }
-    double GetVerticalStart() const { return vertical_start_; }
-    double GetVerticalEnd() const { return vertical_end_; }
-    double GetVerticalStartBounds() const { return vertical_start_bound_; }
-    double GetVerticalEndBounds() const { return vertical_end_bound_; }
-    double GetHorizontalMinimumSpan() const { return horizontal_minimum_span_; }
-    double GetVerticalMinimumSpan() const { return vertical_minimum_span_; }
+    double GetHorizontalStart() const { return horizontalStart_; }
+    double GetHorizontalEnd() const { return horizontalEnd_; }
+    double GetHorizontalStartBounds() const { return horizontalStartBound_; }
+    double GetHorizontalEndBounds() const { return horizontalEndBound_; }
+    double GetVerticalStart() const { return verticalStart_; }
+    double GetVerticalEnd() const { return verticalEnd_; }
+    double GetVerticalStartBounds() const { return verticalStartBound_; }
+    double GetVerticalEndBounds() const { return verticalEndBound_; }
+    double GetHorizontalMinimumSpan() const { return horizontalMinimumSpan_; }
+    double GetVerticalMinimumSpan() const { return verticalMinimumSpan_; }
 
     // Queries
     bool CanZoomInHorizontal() const;
@@ -136,15 +136,15 @@ public:
 
     // Appearance
     void SetBackgroundColor(const qorcore::ColorRGBA& color);
-    const qorcore::ColorRGBA& GetBackgroundColor() const { return background_color_; }
+    const qorcore::ColorRGBA& GetBackgroundColor() const { return backgroundColor_; }
     void SetRulerBackgroundColor(const qorcore::ColorRGBA& color);
-    const qorcore::ColorRGBA& GetRulerBackgroundColor() const { return ruler_background_color_; }
+    const qorcore::ColorRGBA& GetRulerBackgroundColor() const { return rulerBackgroundColor_; }
     void SetGridColor(const qorcore::ColorRGBA& color);
-    const qorcore::ColorRGBA& GetGridColor() const { return grid_color_; }
+    const qorcore::ColorRGBA& GetGridColor() const { return gridColor_; }
     void ShowGrid(bool show);
-    bool IsGridShown() const { return show_grid_; }
+    bool IsGridShown() const { return showGrid_; }
     void SetDrawBorder(bool draw);
-    bool GetDrawBorder() const { return draw_border_; }
+    bool GetDrawBorder() const { return drawBorder_; }
     void SetDrawContentBorders(bool draw);
     void SetIndicateFocus(bool indicate);
     void SetDrawHorizontalMinorTicks(bool draw);
@@ -160,7 +160,7 @@ public:
 
     /// Whether the rulers take mouse gestures (scroll, zoom, menu, wheel); off at first.
     void SetRulersSupportZooming(bool supports);
-    bool GetRulersSupportZooming() const { return rulers_support_zooming_; }
+    bool GetRulersSupportZooming() const { return rulersSupportZooming_; }
 
     [[nodiscard]] qorcore::Connection ConnectCurrentRangeChanged(std::function<void()> slot);
 
@@ -209,42 +209,42 @@ private:
     void DoZoomAroundValue(bool vertical, double value, int steps);
     void OnRulerScrolled(bool vertical, int current, int last);
 
-    qorcore::IntrusivePtr<qorui::RulerBase> vertical_ruler_;
-    qorcore::IntrusivePtr<qorui::RulerBase> horizontal_ruler_;
-    qorcore::IntrusivePtr<RulerHandler> vertical_handler_;
-    qorcore::IntrusivePtr<RulerHandler> horizontal_handler_;
-    qorcore::ColorRGBA background_color_;
-    qorcore::ColorRGBA ruler_background_color_;
-    qorcore::ColorRGBA grid_color_;
-    double horizontal_start_ = 0.0;
-    double horizontal_end_ = 100.0;
-    double vertical_start_ = 0.0;
-    double vertical_end_ = 100.0;
-    double horizontal_start_bound_ = 0.0;
-    double horizontal_end_bound_ = 100.0;
-    double vertical_start_bound_ = 0.0;
-    double vertical_end_bound_ = 100.0;
-    double horizontal_minimum_span_ = 0.1;
-    double vertical_minimum_span_ = 0.1;
-    bool show_grid_ = true;
-    bool draw_horizontal_minor_ticks_ = false;
-    bool draw_vertical_minor_ticks_ = false;
-    bool rulers_support_zooming_ = false;
-    bool draw_border_ = true;
-    bool draw_content_borders_ = true;
-    bool indicate_focus_ = true;
-    const qorui::penrig::SupplierInterface* draw_supplier_ = nullptr;
-    float window_scale_ = 0.0f;
-    qorcore::ScopedConnection horizontal_scrolled_;
-    qorcore::ScopedConnection horizontal_zoom_region_changed_;
-    qorcore::ScopedConnection horizontal_zoom_capture_ended_;
-    qorcore::ScopedConnection horizontal_mouse_wheel_changed_;
-    qorcore::ScopedConnection vertical_scrolled_;
-    qorcore::ScopedConnection vertical_zoom_region_changed_;
-    qorcore::ScopedConnection vertical_zoom_capture_ended_;
-    qorcore::ScopedConnection vertical_mouse_wheel_changed_;
-    qorcore::ScopedConnection theme_changed_;
-    qorcore::Signal<void()> current_range_changed_;
+    qorcore::IntrusivePtr<qorui::RulerBase> verticalRuler_;
+    qorcore::IntrusivePtr<qorui::RulerBase> horizontalRuler_;
+    qorcore::IntrusivePtr<RulerHandler> verticalHandler_;
+    qorcore::IntrusivePtr<RulerHandler> horizontalHandler_;
+    qorcore::ColorRGBA backgroundColor_;
+    qorcore::ColorRGBA rulerBackgroundColor_;
+    qorcore::ColorRGBA gridColor_;
+    double horizontalStart_ = 0.0;
+    double horizontalEnd_ = 100.0;
+    double verticalStart_ = 0.0;
+    double verticalEnd_ = 100.0;
+    double horizontalStartBound_ = 0.0;
+    double horizontalEndBound_ = 100.0;
+    double verticalStartBound_ = 0.0;
+    double verticalEndBound_ = 100.0;
+    double horizontalMinimumSpan_ = 0.1;
+    double verticalMinimumSpan_ = 0.1;
+    bool showGrid_ = true;
+    bool drawHorizontalMinorTicks_ = false;
+    bool drawVerticalMinorTicks_ = false;
+    bool rulersSupportZooming_ = false;
+    bool drawBorder_ = true;
+    bool drawContentBorders_ = true;
+    bool indicateFocus_ = true;
+    const qorui::penrig::SupplierInterface* drawSupplier_ = nullptr;
+    float windowScale_ = 0.0f;
+    qorcore::ScopedConnection horizontalScrolled_;
+    qorcore::ScopedConnection horizontalZoomRegionChanged_;
+    qorcore::ScopedConnection horizontalZoomCaptureEnded_;
+    qorcore::ScopedConnection horizontalMouseWheelChanged_;
+    qorcore::ScopedConnection verticalScrolled_;
+    qorcore::ScopedConnection verticalZoomRegionChanged_;
+    qorcore::ScopedConnection verticalZoomCaptureEnded_;
+    qorcore::ScopedConnection verticalMouseWheelChanged_;
+    qorcore::ScopedConnection themeChanged_;
+    qorcore::Signal<void()> currentRangeChanged_;
 };
 
 } // namespace qoraudiofiltersui

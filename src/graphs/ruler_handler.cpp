@@ -70,7 +70,7 @@ qorcore::IntrusivePtr<qorui::RulerBase> RulerHandler::GetRuler() const {
 }
 
 void RulerHandler::SetRulerRect(const RectT<int>& rect, const qorcore::ScaleMatrixT<float>&) {
-    ruler_rect_ = rect;
+    rulerRect_ = rect;
 }
 
 bool RulerHandler::IsVertical() const {
@@ -83,23 +83,23 @@ bool RulerHandler::Call(const CanZoomFunction& function) {
 }
 
 bool RulerHandler::CanZoom() const {
-    return supports_zooming_ && Call(can_zoom_in_);
+    return supportsZooming_ && Call(canZoomIn_);
 }
 
 bool RulerHandler::CanScroll() const {
     // A view can be scrolled exactly when it could be zoomed out: it doesn't show all it has.
-    return supports_scrolling_ && Call(can_zoom_out_);
+    return supportsScrolling_ && Call(canZoomOut_);
 }
 
 bool RulerHandler::IsPointInRulerRect(const PointT<float>& p) const {
-    const RectT<int>& r = ruler_rect_;
+    const RectT<int>& r = rulerRect_;
     return r.width > 0 && r.height > 0 && float(r.x) <= p.x && p.x < float(r.x + r.width) &&
            float(r.y) <= p.y && p.y < float(r.y + r.height);
 }
 
 bool RulerHandler::DoMouseEvent(qorui::UI_Node* node, const MouseEvent& event) {
     CheckNode(node);
-    if (capture_type_ != kCaptureNone)
+    if (captureType_ != kCaptureNone)
         return false;
     if (event.IsLeftButtonSingleDown()) {
         node->UI_RequestFocus();
@@ -116,9 +116,9 @@ bool RulerHandler::DoMouseEvent(qorui::UI_Node* node, const MouseEvent& event) {
         BeginCapture(kCaptureZoom, node, event);
         return true;
     }
-    if (event.IsAction(PointerAction::kWheel) && handles_mouse_wheel_events_ &&
+    if (event.IsAction(PointerAction::kWheel) && handlesMouseWheelEvents_ &&
         IsPointInRulerRect(event.GetPosition())) {
-        mouse_wheel_changed_(event);
+        mouseWheelChanged_(event);
         return true;
     }
     return false;
@@ -135,10 +135,10 @@ bool RulerHandler::DoCursor(qorui::UI_Node* node, const PointT<float>& local,
 
 bool RulerHandler::DoCaptureCursor(qorui::UI_Node* node) const {
     int cursor = kCursorArrow;
-    switch (capture_type_) {
+    switch (captureType_) {
     case kCaptureNone: return false;
     case kCaptureScroll:
-        if (supports_scrolling_ && Call(can_zoom_out_))
+        if (supportsScrolling_ && Call(canZoomOut_))
             cursor = kCursorClosedHand;
         break;
     case kCaptureZoom:
@@ -152,15 +152,15 @@ bool RulerHandler::DoCaptureCursor(qorui::UI_Node* node) const {
 
 void RulerHandler::BeginCapture(CaptureType type, qorui::UI_Node* node, const MouseEvent& event) {
     CheckNode(node);
-    capture_type_ = type;
-    last_mouse_position_ = ToPixel(event.GetPosition());
-    last_modifier_keys_ = event.GetModKey();
+    captureType_ = type;
+    lastMousePosition_ = ToPixel(event.GetPosition());
+    lastModifierKeys_ = event.GetModKey();
     if (type == kCaptureZoom) {
-        BeginZoom(last_mouse_position_);
-        past_drag_zoom_threshold_ = false;
-        zoom_capture_started_();
+        BeginZoom(lastMousePosition_);
+        pastDragZoomThreshold_ = false;
+        zoomCaptureStarted_();
     } else if (type == kCaptureScroll) {
-        scroll_capture_started_(last_mouse_position_);
+        scrollCaptureStarted_(lastMousePosition_);
     }
     auto capture = qorcore::MakeIntrusive<RulerCapture>(this, node, event);
     // A node outside any window gets no capture; end the gesture at once so that the handler
@@ -170,69 +170,69 @@ void RulerHandler::BeginCapture(CaptureType type, qorui::UI_Node* node, const Mo
 }
 
 void RulerHandler::CapturedMouseMoved(const PointT<int>& position, qorui::ModifierFlags modifiers) {
-    if (capture_type_ == kCaptureZoom) {
+    if (captureType_ == kCaptureZoom) {
         DragZoom(position);
-        if (!past_drag_zoom_threshold_) {
-            if (std::abs(zoom_first_pixel_ - zoom_second_pixel_) < kDragZoomThreshold) {
-                last_mouse_position_ = position;
-                last_modifier_keys_ = modifiers;
+        if (!pastDragZoomThreshold_) {
+            if (std::abs(zoomFirstPixel_ - zoomSecondPixel_) < kDragZoomThreshold) {
+                lastMousePosition_ = position;
+                lastModifierKeys_ = modifiers;
                 return;
             }
             // Once passed, the threshold stays passed even if the mouse comes back.
-            past_drag_zoom_threshold_ = true;
+            pastDragZoomThreshold_ = true;
         }
-        zoom_region_changed_();
-    } else if (capture_type_ == kCaptureScroll) {
-        scrolled_(position, last_mouse_position_);
+        zoomRegionChanged_();
+    } else if (captureType_ == kCaptureScroll) {
+        scrolled_(position, lastMousePosition_);
     }
-    last_mouse_position_ = position;
-    last_modifier_keys_ = modifiers;
+    lastMousePosition_ = position;
+    lastModifierKeys_ = modifiers;
 }
 
 void RulerHandler::EndCapture(bool cancelled) {
-    const CaptureType type = capture_type_;
+    const CaptureType type = captureType_;
     // Back to no gesture before the listeners run: one of them may open a menu.
-    capture_type_ = kCaptureNone;
+    captureType_ = kCaptureNone;
     if (type == kCaptureZoom) {
-        const bool zoomed = past_drag_zoom_threshold_ && CanZoom();
+        const bool zoomed = pastDragZoomThreshold_ && CanZoom();
         int first = 0;
         int second = 0;
         EndZoom(first, second);
-        past_drag_zoom_threshold_ = false;
-        zoom_capture_ended_(zoomed, first, second, cancelled);
+        pastDragZoomThreshold_ = false;
+        zoomCaptureEnded_(zoomed, first, second, cancelled);
     } else if (type == kCaptureScroll) {
-        scroll_capture_ended_(cancelled);
+        scrollCaptureEnded_(cancelled);
     }
 }
 
 void RulerHandler::BeginZoom(PointT<int> position) {
     const int pixel = IsVertical() ? position.y : position.x;
-    zoom_first_pixel_ = pixel;
-    zoom_second_pixel_ = pixel;
+    zoomFirstPixel_ = pixel;
+    zoomSecondPixel_ = pixel;
 }
 
 void RulerHandler::DragZoom(PointT<int> position) {
-    zoom_second_pixel_ = IsVertical() ? position.y : position.x;
+    zoomSecondPixel_ = IsVertical() ? position.y : position.x;
 }
 
 void RulerHandler::GetDragZoomPixels(int& first, int& second) const {
-    first = zoom_first_pixel_;
-    second = zoom_second_pixel_;
+    first = zoomFirstPixel_;
+    second = zoomSecondPixel_;
 }
 
 void RulerHandler::EndZoom(int& first, int& second) {
     first = 0;
     second = 0;
-    if (past_drag_zoom_threshold_ && zoom_first_pixel_ != zoom_second_pixel_) {
-        first = std::min(zoom_first_pixel_, zoom_second_pixel_);
-        second = std::max(zoom_first_pixel_, zoom_second_pixel_);
+    if (pastDragZoomThreshold_ && zoomFirstPixel_ != zoomSecondPixel_) {
+        first = std::min(zoomFirstPixel_, zoomSecondPixel_);
+        second = std::max(zoomFirstPixel_, zoomSecondPixel_);
     }
 }
 
 void RulerHandler::GetRulerSpan(int& start, int& end) const {
     const bool vertical = IsVertical();
-    start = vertical ? ruler_rect_.y : ruler_rect_.x;
-    end = start + (vertical ? ruler_rect_.height : ruler_rect_.width);
+    start = vertical ? rulerRect_.y : rulerRect_.x;
+    end = start + (vertical ? rulerRect_.height : rulerRect_.width);
 }
 
 bool RulerHandler::IsInRulerSpan(int pixel) const {
@@ -245,20 +245,20 @@ bool RulerHandler::IsInRulerSpan(int pixel) const {
 }
 
 bool RulerHandler::SetMouseIndicator(int pixel) {
-    const bool repaint = IsInRulerSpan(mouse_indicator_) || IsInRulerSpan(pixel);
-    mouse_indicator_ = pixel;
+    const bool repaint = IsInRulerSpan(mouseIndicator_) || IsInRulerSpan(pixel);
+    mouseIndicator_ = pixel;
     return repaint;
 }
 
 RectT<int> RulerHandler::GetMouseIndicatorRect() const {
-    if (!IsInRulerSpan(mouse_indicator_))
+    if (!IsInRulerSpan(mouseIndicator_))
         return {};
-    RectT<int> rect = ruler_rect_;
+    RectT<int> rect = rulerRect_;
     if (IsVertical()) {
-        rect.y = mouse_indicator_;
+        rect.y = mouseIndicator_;
         rect.height = 2;
     } else {
-        rect.x = mouse_indicator_;
+        rect.x = mouseIndicator_;
         rect.width = 2;
     }
     return rect;
@@ -270,25 +270,25 @@ void RulerHandler::Draw(qorui::penrig::Penrig* penrig) const {
     qorui::penrig::Penrig& p = *penrig;
     qorui::penrig::Penrig::StateSaver saver(p);
     const bool vertical = IsVertical();
-    const RectT<float> rect(ruler_rect_);
+    const RectT<float> rect(rulerRect_);
     const qorcore::ColorRGBA focus = qorui::skins::GetFocusColor();
     int start = 0;
     int end = 0;
     GetRulerSpan(start, end);
 
-    if (CanZoom() && capture_type_ == kCaptureZoom && past_drag_zoom_threshold_ &&
-        zoom_first_pixel_ != zoom_second_pixel_) {
-        const int low = std::clamp(std::min(zoom_first_pixel_, zoom_second_pixel_), start, end);
-        const int high = std::clamp(std::max(zoom_first_pixel_, zoom_second_pixel_), start, end);
+    if (CanZoom() && captureType_ == kCaptureZoom && pastDragZoomThreshold_ &&
+        zoomFirstPixel_ != zoomSecondPixel_) {
+        const int low = std::clamp(std::min(zoomFirstPixel_, zoomSecondPixel_), start, end);
+        const int high = std::clamp(std::max(zoomFirstPixel_, zoomSecondPixel_), start, end);
         const float length = float(std::abs(high - low));
         const RectT<float> band = vertical ? RectT<float>(rect.x, float(low), rect.width, length)
                                            : RectT<float>(float(low), rect.y, length, rect.height);
         p.FillRect(band, focus.WithAlpha(0.5f));
     }
 
-    if (IsInRulerSpan(mouse_indicator_)) {
+    if (IsInRulerSpan(mouseIndicator_)) {
         // A one-pixel line on the half pixel, so that it is crisp at every scale.
-        const float at = float(mouse_indicator_) + 0.5f;
+        const float at = float(mouseIndicator_) + 0.5f;
         p.SetPen(1.0f, focus.WithAlpha(0.5f));
         if (vertical)
             p.DrawLine(rect.x, at, rect.Right() - 1.0f, at);
@@ -299,11 +299,11 @@ void RulerHandler::Draw(qorui::penrig::Penrig* penrig) const {
 
 qorcore::Connection
 RulerHandler::ConnectRulerScrollCaptureStarted(std::function<void(const PointT<int>&)> slot) {
-    return scroll_capture_started_.Connect(std::move(slot));
+    return scrollCaptureStarted_.Connect(std::move(slot));
 }
 
 qorcore::Connection RulerHandler::ConnectRulerScrollCaptureEnded(std::function<void(bool)> slot) {
-    return scroll_capture_ended_.Connect(std::move(slot));
+    return scrollCaptureEnded_.Connect(std::move(slot));
 }
 
 qorcore::Connection RulerHandler::ConnectRulerScrolled(
@@ -312,21 +312,21 @@ qorcore::Connection RulerHandler::ConnectRulerScrolled(
 }
 
 qorcore::Connection RulerHandler::ConnectRulerZoomCaptureStarted(std::function<void()> slot) {
-    return zoom_capture_started_.Connect(std::move(slot));
+    return zoomCaptureStarted_.Connect(std::move(slot));
 }
 
 qorcore::Connection
 RulerHandler::ConnectRulerZoomCaptureEnded(std::function<void(bool, int, int, bool)> slot) {
-    return zoom_capture_ended_.Connect(std::move(slot));
+    return zoomCaptureEnded_.Connect(std::move(slot));
 }
 
 qorcore::Connection RulerHandler::ConnectRulerZoomRegionChanged(std::function<void()> slot) {
-    return zoom_region_changed_.Connect(std::move(slot));
+    return zoomRegionChanged_.Connect(std::move(slot));
 }
 
 qorcore::Connection
 RulerHandler::ConnectMouseWheelChanged(std::function<void(const MouseEvent&)> slot) {
-    return mouse_wheel_changed_.Connect(std::move(slot));
+    return mouseWheelChanged_.Connect(std::move(slot));
 }
 
 } // namespace qoraudiofiltersui

@@ -98,29 +98,29 @@ public:
     bool CanScroll() const;
     bool CanZoom() const;
     bool IsPointInRulerRect(const qorcore::PointT<float>& point) const;
-    bool IsPastDragZoomThreshold() const { return past_drag_zoom_threshold_; }
-    CaptureType GetCaptureType() const { return capture_type_; }
-    const qorcore::PointT<int>& GetLastMousePosition() const { return last_mouse_position_; }
-    qorui::ModifierFlags GetLastModKey() const { return last_modifier_keys_; }
-    const qorcore::RectT<int>& GetRulerRect() const { return ruler_rect_; }
+    bool IsPastDragZoomThreshold() const { return pastDragZoomThreshold_; }
+    CaptureType GetCaptureType() const { return captureType_; }
+    const qorcore::PointT<int>& GetLastMousePosition() const { return lastMousePosition_; }
+    qorui::ModifierFlags GetLastModKey() const { return lastModifierKeys_; }
+    const qorcore::RectT<int>& GetRulerRect() const { return rulerRect_; }
 
     // Hover indicator
     /// Stores the pixel and tells whether the old or the new one is shown, so that the caller
     /// knows whether to repaint.
     bool SetMouseIndicator(int pixel);
-    int GetMouseIndicator() const { return mouse_indicator_; }
+    int GetMouseIndicator() const { return mouseIndicator_; }
     /// Where the indicator is drawn, or an empty rectangle when it is hidden.
     qorcore::RectT<int> GetMouseIndicatorRect() const;
 
     // Configuration
-    void SetRulerCanZoomInFxn(CanZoomFunction function) { can_zoom_in_ = std::move(function); }
-    void SetRulerCanZoomOutFxn(CanZoomFunction function) { can_zoom_out_ = std::move(function); }
-    void SetSupportsScrolling(bool supports) { supports_scrolling_ = supports; }
-    void SetSupportsZooming(bool supports) { supports_zooming_ = supports; }
-    void SetHandlesMouseWheelEvents(bool handles) { handles_mouse_wheel_events_ = handles; }
-    bool GetSupportsScrolling() const { return supports_scrolling_; }
-    bool GetSupportsZooming() const { return supports_zooming_; }
-    bool GetHandlesMouseWheelEvents() const { return handles_mouse_wheel_events_; }
+    void SetRulerCanZoomInFxn(CanZoomFunction function) { canZoomIn_ = std::move(function); }
+    void SetRulerCanZoomOutFxn(CanZoomFunction function) { canZoomOut_ = std::move(function); }
+    void SetSupportsScrolling(bool supports) { supportsScrolling_ = supports; }
+    void SetSupportsZooming(bool supports) { supportsZooming_ = supports; }
+    void SetHandlesMouseWheelEvents(bool handles) { handlesMouseWheelEvents_ = handles; }
+    bool GetSupportsScrolling() const { return supportsScrolling_; }
+    bool GetSupportsZooming() const { return supportsZooming_; }
+    bool GetHandlesMouseWheelEvents() const { return handlesMouseWheelEvents_; }
 
     // Signals
     [[nodiscard]] qorcore::Connection
@@ -150,27 +150,27 @@ private:
     bool IsInRulerSpan(int pixel) const;
     static bool Call(const CanZoomFunction& function);
 
-    int zoom_first_pixel_ = 0;
-    int zoom_second_pixel_ = 0;
-    qorcore::Signal<void(const qorcore::PointT<int>&)> scroll_capture_started_;
-    qorcore::Signal<void(bool)> scroll_capture_ended_;
+    int zoomFirstPixel_ = 0;
+    int zoomSecondPixel_ = 0;
+    qorcore::Signal<void(const qorcore::PointT<int>&)> scrollCaptureStarted_;
+    qorcore::Signal<void(bool)> scrollCaptureEnded_;
     qorcore::Signal<void(const qorcore::PointT<int>&, const qorcore::PointT<int>&)> scrolled_;
-    qorcore::Signal<void()> zoom_capture_started_;
-    qorcore::Signal<void(bool, int, int, bool)> zoom_capture_ended_;
-    qorcore::Signal<void()> zoom_region_changed_;
-    qorcore::Signal<void(const qorui::MouseEvent&)> mouse_wheel_changed_;
-    CanZoomFunction can_zoom_in_;
-    CanZoomFunction can_zoom_out_;
+    qorcore::Signal<void()> zoomCaptureStarted_;
+    qorcore::Signal<void(bool, int, int, bool)> zoomCaptureEnded_;
+    qorcore::Signal<void()> zoomRegionChanged_;
+    qorcore::Signal<void(const qorui::MouseEvent&)> mouseWheelChanged_;
+    CanZoomFunction canZoomIn_;
+    CanZoomFunction canZoomOut_;
     qorcore::IntrusivePtr<qorui::RulerBase> ruler_;
-    qorcore::RectT<int> ruler_rect_;
-    CaptureType capture_type_ = kCaptureNone;
-    bool past_drag_zoom_threshold_ = false;
-    qorcore::PointT<int> last_mouse_position_;
-    qorui::ModifierFlags last_modifier_keys_;
-    bool supports_zooming_ = true;
-    bool supports_scrolling_ = true;
-    bool handles_mouse_wheel_events_ = false;
-    int mouse_indicator_ = kNoMouseIndicator;
+    qorcore::RectT<int> rulerRect_;
+    CaptureType captureType_ = kCaptureNone;
+    bool pastDragZoomThreshold_ = false;
+    qorcore::PointT<int> lastMousePosition_;
+    qorui::ModifierFlags lastModifierKeys_;
+    bool supportsZooming_ = true;
+    bool supportsScrolling_ = true;
+    bool handlesMouseWheelEvents_ = false;
+    int mouseIndicator_ = kNoMouseIndicator;
 };
 
 } // namespace qoraudiofiltersui

@@ -52,12 +52,12 @@ public:
 
     void Begin(float x, float y) {
         anchor_ = {x, y};
-        has_candidate_ = false;
+        hasCandidate_ = false;
         penrig_.MoveTo(x_ + x / scale_, y_ + y / scale_);
     }
 
     void Add(float x, float y) {
-        if (has_candidate_) {
+        if (hasCandidate_) {
             const float dx = x - anchor_.x;
             if (dx != 0.0f && (dx > 0.0f) == (candidate_.x > anchor_.x)) {
                 const float slope = (y - anchor_.y) / dx;
@@ -68,7 +68,7 @@ public:
             }
             Emit(candidate_);
             anchor_ = candidate_;
-            has_candidate_ = false;
+            hasCandidate_ = false;
         }
         if (x == anchor_.x) { // an upright step is always kept
             Emit({x, y});
@@ -77,14 +77,14 @@ public:
         }
         low_ = -std::numeric_limits<float>::infinity();
         high_ = std::numeric_limits<float>::infinity();
-        has_candidate_ = true;
+        hasCandidate_ = true;
         Narrow(x, y);
     }
 
     void End() {
-        if (has_candidate_)
+        if (hasCandidate_)
             Emit(candidate_);
-        has_candidate_ = false;
+        hasCandidate_ = false;
         penrig_.ClosePath();
     }
 
@@ -108,7 +108,7 @@ private:
     float x_, y_, scale_, tolerance_;
     vertex_t anchor_{0.0f, 0.0f};
     vertex_t candidate_{0.0f, 0.0f};
-    bool has_candidate_ = false;
+    bool hasCandidate_ = false;
     float low_ = 0.0f;
     float high_ = 0.0f;
 };
@@ -116,24 +116,24 @@ private:
 } // namespace
 
 SpectrumDraw::SpectrumDraw(float sample_rate)
-    : sample_rate_(sample_rate), freq_scale_(new FreqScale(false)), mag_scale_(new MagScale()) {
-    freq_scale_->SetNumChannels(1);
-    freq_scale_->SetTotalFreqRange(qorcore::value_range<float>(20.0f, 20000.0f));
-    freq_scale_->SetVisibleFreqRange(qorcore::value_range<float>(20.0f, 20000.0f), false);
-    freq_scale_->SetScaleType(kLogScale);
-    mag_scale_->SetVisibleRange(qorcore::value_range<float>(-120.0f, 0.0f), true);
+    : sampleRate_(sample_rate), freqScale_(new FreqScale(false)), magScale_(new MagScale()) {
+    freqScale_->SetNumChannels(1);
+    freqScale_->SetTotalFreqRange(qorcore::value_range<float>(20.0f, 20000.0f));
+    freqScale_->SetVisibleFreqRange(qorcore::value_range<float>(20.0f, 20000.0f), false);
+    freqScale_->SetScaleType(kLogScale);
+    magScale_->SetVisibleRange(qorcore::value_range<float>(-120.0f, 0.0f), true);
     const std::size_t largest = std::max<std::size_t>({SpectrumBandTables::GetFFTBlockSize(4),
                                                        SpectrumBandTables::GetNumThirdOctaveBands(),
                                                        SpectrumBandTables::GetNumCriticalBands()});
-    spectrum_data_.assign(largest, 0.0f);
+    spectrumData_.assign(largest, 0.0f);
 }
 
 const FreqScale& SpectrumDraw::Freq() const {
-    return *qorcore::config::ThrowIfNull(freq_scale_, "FreqScale");
+    return *qorcore::config::ThrowIfNull(freqScale_, "FreqScale");
 }
 
 const MagScale& SpectrumDraw::Mag() const {
-    return *qorcore::config::ThrowIfNull(mag_scale_, "MagScale");
+    return *qorcore::config::ThrowIfNull(magScale_, "MagScale");
 }
 
 // Colours -----------------------------------------------------------------------------------
@@ -142,7 +142,7 @@ ColorRGBA SpectrumDraw::GetStandardColor() const {
     return ColorRGBA(234 / 255.0f, 234 / 255.0f, 234 / 255.0f, 1.0f);
 }
 ColorRGBA SpectrumDraw::GetLinearColor() const {
-    return use_custom_color_ ? custom_color_ : ColorRGBA(67 / 255.0f, 150 / 255.0f, 217 / 255.0f);
+    return useCustomColor_ ? customColor_ : ColorRGBA(67 / 255.0f, 150 / 255.0f, 217 / 255.0f);
 }
 ColorRGBA SpectrumDraw::GetLinearPeakColor() const {
     return GetStandardColor();
@@ -172,43 +172,43 @@ void SpectrumDraw::SetSpectrumData(unsigned int fft_size, const std::vector<floa
                                    unsigned int line_count, unsigned int band_mode,
                                    bool update_lines) {
     const std::size_t bins = (fft_size >> 1) + 1;
-    spectrum_data_.resize(bins);
+    spectrumData_.resize(bins);
     // A short vector fills what it has; the rest is silence rather than a read past its end.
     const std::size_t copied = std::min(bins, data.size());
-    std::copy_n(data.begin(), copied, spectrum_data_.begin());
-    std::fill(spectrum_data_.begin() + static_cast<std::ptrdiff_t>(copied), spectrum_data_.end(),
+    std::copy_n(data.begin(), copied, spectrumData_.begin());
+    std::fill(spectrumData_.begin() + static_cast<std::ptrdiff_t>(copied), spectrumData_.end(),
               0.0f);
     if (!update_lines || line_count == 0)
         return;
-    if (line_count == line_count_ && band_mode == band_mode_)
+    if (line_count == lineCount_ && band_mode == bandMode_)
         return;
-    line_count_ = line_count;
-    band_mode_ = band_mode;
+    lineCount_ = line_count;
+    bandMode_ = band_mode;
     UpdateState();
 }
 
 void SpectrumDraw::SetBounds(const qorcore::RectT<float>& bounds, float scale) {
-    if (bounds == bounds_ && scale == scale_factor_)
+    if (bounds == bounds_ && scale == scaleFactor_)
         return;
     bounds_ = bounds;
-    scale_factor_ = scale;
+    scaleFactor_ = scale;
     if (bounds.width > 1.0f && scale != 0.0f) {
-        freq_scale_->SetSize(bounds.width * scale);
-        mag_scale_->SetHeight(bounds.height * scale);
-        if (line_count_ != 0)
+        freqScale_->SetSize(bounds.width * scale);
+        magScale_->SetHeight(bounds.height * scale);
+        if (lineCount_ != 0)
             UpdateState();
     }
 }
 
 void SpectrumDraw::SetSampleRate(float sample_rate) {
-    if (sample_rate == sample_rate_)
+    if (sample_rate == sampleRate_)
         return;
-    sample_rate_ = sample_rate;
+    sampleRate_ = sample_rate;
     UpdateState();
 }
 
 void SpectrumDraw::SetFreqRange(const qorcore::value_range<float>& range) {
-    freq_scale_->SetVisibleFreqRange(range, false);
+    freqScale_->SetVisibleFreqRange(range, false);
     UpdateState();
 }
 
@@ -217,7 +217,7 @@ qorcore::value_range<float> SpectrumDraw::GetFreqRange() const {
 }
 
 void SpectrumDraw::SetDBRange(const qorcore::value_range<float>& range) {
-    mag_scale_->SetVisibleRange(range, false);
+    magScale_->SetVisibleRange(range, false);
 }
 
 qorcore::value_range<float> SpectrumDraw::GetDBRange() const {
@@ -229,99 +229,99 @@ void SpectrumDraw::SetMinDecibelsDisplayed(float decibels) {
 }
 
 void SpectrumDraw::SetFreqScale(qorcore::IntrusivePtr<FreqScale> scale) {
-    freq_scale_ = qorcore::config::ThrowIfNull(std::move(scale), "FreqScale");
+    freqScale_ = qorcore::config::ThrowIfNull(std::move(scale), "FreqScale");
     UpdateState();
 }
 
 void SpectrumDraw::SetMagScale(qorcore::IntrusivePtr<MagScale> scale) {
-    mag_scale_ = qorcore::config::ThrowIfNull(std::move(scale), "MagScale");
+    magScale_ = qorcore::config::ThrowIfNull(std::move(scale), "MagScale");
 }
 
 // Only an equal time is taken, and it then resets the peaks: so the hold stays at its default.
 void SpectrumDraw::SetPeakHoldTime(double milliseconds) {
-    if (milliseconds != peak_hold_time_)
+    if (milliseconds != peakHoldTime_)
         return;
-    peak_hold_time_ = milliseconds;
+    peakHoldTime_ = milliseconds;
     ResetPeaks();
 }
 
 void SpectrumDraw::ResetPeaks() {
-    std::fill(peak_pixels_.begin(), peak_pixels_.end(), bounds_.height);
-    std::fill(peak_ages_.begin(), peak_ages_.end(), 0.0);
+    std::fill(peakPixels_.begin(), peakPixels_.end(), bounds_.height);
+    std::fill(peakAges_.begin(), peakAges_.end(), 0.0);
 }
 
 // Mappings ----------------------------------------------------------------------------------
 
 qorcore::checked_value<float> SpectrumDraw::HzToPixels(float hz, bool clamp) const {
-    return {Freq().HzToPixels(0, hz, clamp).value / scale_factor_, true};
+    return {Freq().HzToPixels(0, hz, clamp).value / scaleFactor_, true};
 }
 
 float SpectrumDraw::PixelsToHz(float pixels, bool clamp) const {
-    return Freq().PixelsToHzF(0, pixels * scale_factor_, clamp);
+    return Freq().PixelsToHzF(0, pixels * scaleFactor_, clamp);
 }
 
 float SpectrumDraw::dBToPixels(float decibels, bool clamp) const {
-    if (flip_vertically_)
+    if (flipVertically_)
         decibels = Mag().GetVisibleRange().low - decibels;
-    return Mag().DecibelsToPixels(decibels, clamp) / scale_factor_;
+    return Mag().DecibelsToPixels(decibels, clamp) / scaleFactor_;
 }
 
 // Line state --------------------------------------------------------------------------------
 
 void SpectrumDraw::UpdateState() {
-    if (line_count_ == 0)
+    if (lineCount_ == 0)
         return;
     UpdateLineState();
-    last_draw_time_ = 0.0;
+    lastDrawTime_ = 0.0;
 }
 
 void SpectrumDraw::UpdateLineState() {
-    line_pixels_.assign(line_count_, 0.0f);
+    linePixels_.assign(lineCount_, 0.0f);
     const FreqScale& freq = Freq();
-    if (band_mode_ != kLinearLines) {
-        for (std::size_t i = 0; i != line_count_; ++i) {
-            const float hz = band_mode_ == kThirdOctaveBands
+    if (bandMode_ != kLinearLines) {
+        for (std::size_t i = 0; i != lineCount_; ++i) {
+            const float hz = bandMode_ == kThirdOctaveBands
                                  ? SpectrumBandTables::GetThirdOctaveBand(i)
                                  : SpectrumBandTables::GetCriticalBand(i);
-            line_pixels_[i] = freq.HzToPixels(0, hz, true).value / scale_factor_;
+            linePixels_[i] = freq.HzToPixels(0, hz, true).value / scaleFactor_;
         }
         return;
     }
-    std::fill(lines_per_column_.begin(), lines_per_column_.end(), 0u);
+    std::fill(linesPerColumn_.begin(), linesPerColumn_.end(), 0u);
     const float visible_low = freq.GetVisibleFreqRange().low;
-    const double n = static_cast<double>(line_count_);
-    for (std::size_t i = 0; i != line_count_; ++i) {
-        const double hz = (static_cast<double>(i) / n) * (0.5 * sample_rate_);
+    const double n = static_cast<double>(lineCount_);
+    for (std::size_t i = 0; i != lineCount_; ++i) {
+        const double hz = (static_cast<double>(i) / n) * (0.5 * sampleRate_);
         float pixel = -1.0f;
         if (!(hz < visible_low))
-            pixel = freq.HzToPixels(0, hz, true).value / scale_factor_;
-        line_pixels_[i] = pixel;
+            pixel = freq.HzToPixels(0, hz, true).value / scaleFactor_;
+        linePixels_[i] = pixel;
         const long column = RoundColumn(pixel);
-        if (column >= 0 && static_cast<std::size_t>(column) < lines_per_column_.size())
-            ++lines_per_column_[static_cast<std::size_t>(column)];
+        if (column >= 0 && static_cast<std::size_t>(column) < linesPerColumn_.size())
+            ++linesPerColumn_[static_cast<std::size_t>(column)];
     }
 }
 
 void SpectrumDraw::ValidateBufferSizes() {
     const std::size_t columns =
         bounds_.width > 0.0f ? static_cast<std::size_t>(std::floor(bounds_.width)) : 0;
-    if (peak_pixels_.size() < columns) {
-        peak_pixels_.resize(columns, bounds_.height);
-        peak_ages_.resize(columns, 0.0);
+    if (peakPixels_.size() < columns) {
+        peakPixels_.resize(columns, bounds_.height);
+        peakAges_.resize(columns, 0.0);
     }
-    if (lines_per_column_.size() < columns)
-        lines_per_column_.resize(columns, 0u);
+    if (linesPerColumn_.size() < columns)
+        linesPerColumn_.resize(columns, 0u);
 }
 
 void SpectrumDraw::ApplyPeakRule(std::size_t index, float y, double elapsed) {
-    if (index >= peak_pixels_.size())
+    if (index >= peakPixels_.size())
         return;
-    float& peak = peak_pixels_[index];
-    double& age = peak_ages_[index];
+    float& peak = peakPixels_[index];
+    double& age = peakAges_[index];
     if (peak >= y) {
         peak = y;
         age = 0.0;
-    } else if (age > peak_hold_time_ && peak_hold_time_ != 0.0) {
+    } else if (age > peakHoldTime_ && peakHoldTime_ != 0.0) {
         peak += 1.0f; // one pixel a frame, whatever the time between frames
     } else {
         age += elapsed;
@@ -336,69 +336,68 @@ void SpectrumDraw::Draw(qorui::penrig::Penrig* penrig) {
     const double now = static_cast<double>(qorcore::HighPrecisionTime::ConvertToNanos(
                            qorcore::HighPrecisionTime::GetCurrentTimeStamp())) /
                        1000000.0;
-    const double elapsed = last_draw_time_ > now ? 0.0 : now - last_draw_time_;
-    last_draw_time_ = now;
-    if (line_pixels_.empty())
+    const double elapsed = lastDrawTime_ > now ? 0.0 : now - lastDrawTime_;
+    lastDrawTime_ = now;
+    if (linePixels_.empty())
         return;
-    if (band_mode_ == kLinearLines) {
+    if (bandMode_ == kLinearLines) {
         // The fill and the curve below share one walk of the lines.
         struct FrameScope {
             bool& in_frame;
             ~FrameScope() { in_frame = false; }
-        } scope{in_frame_};
-        in_frame_ = true;
-        frame_walked_ = false;
+        } scope{inFrame_};
+        inFrame_ = true;
+        frameWalked_ = false;
         if (fill_)
-            FillLinear(penrig, elapsed, spectrum_data_, line_count_, GetLinearColor());
-        DrawLinear(penrig, elapsed, spectrum_data_, line_count_, GetLinearColor(),
+            FillLinear(penrig, elapsed, spectrumData_, lineCount_, GetLinearColor());
+        DrawLinear(penrig, elapsed, spectrumData_, lineCount_, GetLinearColor(),
                    GetLinearPeakColor());
     } else {
-        DrawBand(penrig, band_mode_, elapsed);
+        DrawBand(penrig, bandMode_, elapsed);
     }
 }
 
 const std::vector<SpectrumDraw::point_t>& SpectrumDraw::CurveOfFrame(const std::vector<float>& data,
                                                                      std::uint64_t line_count) {
-    if (!(in_frame_ && frame_walked_ && walked_data_ == &data &&
-          walked_line_count_ == line_count)) {
+    if (!(inFrame_ && frameWalked_ && walkedData_ == &data && walkedLineCount_ == line_count)) {
         WalkLinear(data, line_count);
-        frame_walked_ = in_frame_;
-        walked_data_ = &data;
-        walked_line_count_ = line_count;
+        frameWalked_ = inFrame_;
+        walkedData_ = &data;
+        walkedLineCount_ = line_count;
     }
-    return curve_points_;
+    return curvePoints_;
 }
 
 void SpectrumDraw::WalkLinear(const std::vector<float>& data, std::uint64_t line_count) {
-    curve_points_.clear();
+    curvePoints_.clear();
     const float w = std::floor(bounds_.width);
-    const std::size_t count = std::min<std::size_t>({line_count, line_pixels_.size(), data.size()});
+    const std::size_t count = std::min<std::size_t>({line_count, linePixels_.size(), data.size()});
     const auto add = [&](std::size_t column, float x, float amplitude) {
-        curve_points_.push_back({x, dBToPixels(LevelOfAmplitude(amplitude), true), column});
+        curvePoints_.push_back({x, dBToPixels(LevelOfAmplitude(amplitude), true), column});
     };
 
     // Sparse region: a point per line, until lines start sharing columns.
     std::size_t i = 0;
     for (; i < count; ++i) {
-        const float x = line_pixels_[i];
+        const float x = linePixels_[i];
         if (x < 0.0f)
             continue;
         const auto column = static_cast<std::size_t>(x);
-        if (x >= w || column >= lines_per_column_.size() || lines_per_column_[column] >= 2)
+        if (x >= w || column >= linesPerColumn_.size() || linesPerColumn_[column] >= 2)
             break;
         add(column, x, data[i]);
     }
     // Crowded region: a point per column, at the loudest of the lines that share it.
     while (i < count) {
-        const float x = line_pixels_[i];
+        const float x = linePixels_[i];
         if (x < 0.0f) {
             ++i;
             continue;
         }
         const auto column = static_cast<std::size_t>(x);
-        if (x >= w || column >= lines_per_column_.size())
+        if (x >= w || column >= linesPerColumn_.size())
             break;
-        const std::uint32_t shared = lines_per_column_[column];
+        const std::uint32_t shared = linesPerColumn_[column];
         if (shared == 0) {
             ++i;
             continue;
@@ -422,7 +421,7 @@ void SpectrumDraw::WalkLinear(const std::vector<float>& data, std::uint64_t line
 // the rows whose centres it holds, except the thin spans of long flat segments.
 
 std::size_t SpectrumDraw::ResetSpans() {
-    const float columns = std::floor(bounds_.width) * scale_factor_;
+    const float columns = std::floor(bounds_.width) * scaleFactor_;
     const std::size_t n = columns >= 1.0f ? static_cast<std::size_t>(columns) : 0;
     if (spans_.size() < n)
         spans_.resize(n);
@@ -434,7 +433,7 @@ std::size_t SpectrumDraw::ResetSpans() {
 
 std::size_t SpectrumDraw::TraceSpans(const std::vector<point_t>& points) {
     const std::size_t columns = ResetSpans();
-    const float s = scale_factor_;
+    const float s = scaleFactor_;
     const float floor_row = std::floor(bounds_.height) - 1.0f;
     for (std::size_t k = 1; k < points.size() && columns != 0; ++k) {
         const point_t& from = points[k - 1];
@@ -476,7 +475,7 @@ std::size_t SpectrumDraw::TraceSpans(const std::vector<point_t>& points) {
 
 std::size_t SpectrumDraw::AreaSpans(const std::vector<point_t>& points) {
     const std::size_t columns = ResetSpans();
-    const float s = scale_factor_;
+    const float s = scaleFactor_;
     const float bottom = std::floor(bounds_.height) * s;
     // Each column is filled up to the curve at its centre: for a straight piece that is the
     // column's exact share of the area under it.
@@ -506,7 +505,7 @@ void SpectrumDraw::FillSpans(qorui::penrig::Penrig* penrig, std::size_t columns,
                              const ColorRGBA& color, bool area) {
     // Taller than this, a span's antialiased ends are not worth what they cost the rasteriser.
     constexpr float thin_span = 2.0f;
-    const float s = scale_factor_;
+    const float s = scaleFactor_;
     const float height = bounds_.height * s;
     for (std::size_t c = 0; c != columns; ++c) {
         span_t& span = spans_[c];
@@ -618,23 +617,23 @@ void SpectrumDraw::FillSpans(qorui::penrig::Penrig* penrig, std::size_t columns,
 void SpectrumDraw::DrawLinear(qorui::penrig::Penrig* penrig, double elapsed,
                               const std::vector<float>& data, std::uint64_t line_count,
                               const ColorRGBA& color, const ColorRGBA& peak_color) {
-    if (line_pixels_.empty() || lines_per_column_.empty())
+    if (linePixels_.empty() || linesPerColumn_.empty())
         return;
     const std::vector<point_t>& curve = CurveOfFrame(data, line_count);
-    peak_curve_points_.clear();
+    peakCurvePoints_.clear();
     for (const point_t& point : curve) {
         ApplyPeakRule(point.column, point.y, elapsed);
-        if (point.column < peak_pixels_.size())
-            peak_curve_points_.push_back({point.x, peak_pixels_[point.column], point.column});
+        if (point.column < peakPixels_.size())
+            peakCurvePoints_.push_back({point.x, peakPixels_[point.column], point.column});
     }
     FillSpans(penrig, TraceSpans(curve), color, false);
-    if (show_peak_hold_)
-        FillSpans(penrig, TraceSpans(peak_curve_points_), peak_color, false);
+    if (showPeakHold_)
+        FillSpans(penrig, TraceSpans(peakCurvePoints_), peak_color, false);
 }
 
 void SpectrumDraw::FillLinear(qorui::penrig::Penrig* penrig, double, const std::vector<float>& data,
                               std::uint64_t line_count, const ColorRGBA&) {
-    if (line_pixels_.empty() || lines_per_column_.empty())
+    if (linePixels_.empty() || linesPerColumn_.empty())
         return;
     FillSpans(penrig, AreaSpans(CurveOfFrame(data, line_count)), GetLinearColor(), true);
 }
@@ -647,31 +646,31 @@ void SpectrumDraw::DrawBand(qorui::penrig::Penrig* penrig, std::uint32_t mode, d
     const float w = std::floor(bounds_.width);
     const float bottom = std::floor(bounds_.height);
     const std::size_t count =
-        std::min<std::size_t>({line_count_, line_pixels_.size(), spectrum_data_.size()});
+        std::min<std::size_t>({lineCount_, linePixels_.size(), spectrumData_.size()});
     for (std::size_t i = 0; i != count; ++i) {
-        float level = 20.0f * std::log10(spectrum_data_[i]);
+        float level = 20.0f * std::log10(spectrumData_[i]);
         if (std::isnan(level))
             level = silence_db;
         const float y = dBToPixels(level, true);
         ApplyPeakRule(i, y, elapsed);
-        const float left = line_pixels_[i];
+        const float left = linePixels_[i];
         if (left >= w - 1.0f)
             continue;
-        const float right = i + 1 < count ? line_pixels_[i + 1] - 1.0f : w - 1.0f;
+        const float right = i + 1 < count ? linePixels_[i + 1] - 1.0f : w - 1.0f;
         if (right < left)
             continue;
         const qorcore::RectT<float> bar(bounds_.x + left, bounds_.y + y, right - left + 1.0f,
                                         bottom - y);
         if (bar.height > 0.0f) {
             penrig->FillRect(bar, fill);
-            penrig->FrameRect(bar, outline, 1.0f / scale_factor_);
+            penrig->FrameRect(bar, outline, 1.0f / scaleFactor_);
         }
-        if (show_peak_hold_ && i < peak_pixels_.size()) {
-            const float peak_y = bounds_.y + std::floor(peak_pixels_[i]) + 0.5f;
+        if (showPeakHold_ && i < peakPixels_.size()) {
+            const float peak_y = bounds_.y + std::floor(peakPixels_[i]) + 0.5f;
             penrig->NewPath();
             penrig->MoveTo(bounds_.x + left, peak_y);
             penrig->LineTo(bounds_.x + right + 1.0f, peak_y);
-            penrig->SetPen(1.0f / scale_factor_, peak_color);
+            penrig->SetPen(1.0f / scaleFactor_, peak_color);
             penrig->Stroke();
         }
     }

@@ -47,36 +47,36 @@ public:
     void SetBounds(const qorcore::RectT<float>& bounds, float scale);
     const qorcore::RectT<float>& GetBounds() const { return bounds_; }
     void SetSampleRate(float sample_rate);
-    float GetSampleRate() const { return sample_rate_; }
+    float GetSampleRate() const { return sampleRate_; }
     void SetFreqRange(const qorcore::value_range<float>& range);
     qorcore::value_range<float> GetFreqRange() const;
     void SetDBRange(const qorcore::value_range<float>& range);
     qorcore::value_range<float> GetDBRange() const;
     void SetMinDecibelsDisplayed(float decibels);
-    qorcore::IntrusivePtr<FreqScale> GetFreqScale() const { return freq_scale_; }
+    qorcore::IntrusivePtr<FreqScale> GetFreqScale() const { return freqScale_; }
     void SetFreqScale(qorcore::IntrusivePtr<FreqScale> scale);
-    qorcore::IntrusivePtr<MagScale> GetMagScale() const { return mag_scale_; }
+    qorcore::IntrusivePtr<MagScale> GetMagScale() const { return magScale_; }
     void SetMagScale(qorcore::IntrusivePtr<MagScale> scale);
 
     void SetFill(bool fill) { fill_ = fill; }
-    void SetFlipVertically(bool flip) { flip_vertically_ = flip; }
-    void SetShowPeakHold(bool show) { show_peak_hold_ = show; }
-    bool GetShowPeakHold() const { return show_peak_hold_; }
+    void SetFlipVertically(bool flip) { flipVertically_ = flip; }
+    void SetShowPeakHold(bool show) { showPeakHold_ = show; }
+    bool GetShowPeakHold() const { return showPeakHold_; }
     void SetPeakHoldTime(double milliseconds);
-    double GetPeakHoldTime() const { return peak_hold_time_; }
+    double GetPeakHoldTime() const { return peakHoldTime_; }
     void ResetPeaks();
-    void SetCustomColor(const qorcore::ColorRGBA& color) { custom_color_ = color; }
-    void SetUseCustomColor(bool use) { use_custom_color_ = use; }
+    void SetCustomColor(const qorcore::ColorRGBA& color) { customColor_ = color; }
+    void SetUseCustomColor(bool use) { useCustomColor_ = use; }
 
     qorcore::checked_value<float> HzToPixels(float hz, bool clamp) const;
     float PixelsToHz(float pixels, bool clamp) const;
     float dBToPixels(float decibels, bool clamp) const;
 
     // What a frame works from, for tests and subclasses.
-    const std::vector<float>& GetLinePixels() const { return line_pixels_; }
-    const std::vector<std::uint32_t>& GetLinesPerColumn() const { return lines_per_column_; }
-    const std::vector<float>& GetPeakPixels() const { return peak_pixels_; }
-    const std::vector<double>& GetPeakAges() const { return peak_ages_; }
+    const std::vector<float>& GetLinePixels() const { return linePixels_; }
+    const std::vector<std::uint32_t>& GetLinesPerColumn() const { return linesPerColumn_; }
+    const std::vector<float>& GetPeakPixels() const { return peakPixels_; }
+    const std::vector<double>& GetPeakAges() const { return peakAges_; }
 
 protected:
     void DrawLinear(qorui::penrig::Penrig* penrig, double elapsed, const std::vector<float>& data,
@@ -133,34 +133,34 @@ private:
     const FreqScale& Freq() const;
     const MagScale& Mag() const;
 
-    double last_draw_time_ = 0.0;
-    std::uint64_t line_count_ = 0;
-    float sample_rate_;
+    double lastDrawTime_ = 0.0;
+    std::uint64_t lineCount_ = 0;
+    float sampleRate_;
     bool fill_ = false;
-    bool flip_vertically_ = false;
-    bool show_peak_hold_ = false;
-    double peak_hold_time_ = 1000.0;
-    qorcore::IntrusivePtr<FreqScale> freq_scale_;
-    qorcore::IntrusivePtr<MagScale> mag_scale_;
-    std::vector<float> line_pixels_;
-    std::vector<std::uint32_t> lines_per_column_;
-    std::vector<float> spectrum_data_;
-    std::vector<float> peak_pixels_;
-    std::vector<double> peak_ages_;
-    std::uint32_t band_mode_ = kLinearLines;
+    bool flipVertically_ = false;
+    bool showPeakHold_ = false;
+    double peakHoldTime_ = 1000.0;
+    qorcore::IntrusivePtr<FreqScale> freqScale_;
+    qorcore::IntrusivePtr<MagScale> magScale_;
+    std::vector<float> linePixels_;
+    std::vector<std::uint32_t> linesPerColumn_;
+    std::vector<float> spectrumData_;
+    std::vector<float> peakPixels_;
+    std::vector<double> peakAges_;
+    std::uint32_t bandMode_ = kLinearLines;
     qorcore::RectT<float> bounds_;
-    float scale_factor_ = 1.0f;
-    qorcore::ColorRGBA custom_color_{0.0f, 0.0f, 0.0f, 1.0f};
-    bool use_custom_color_ = false;
+    float scaleFactor_ = 1.0f;
+    qorcore::ColorRGBA customColor_{0.0f, 0.0f, 0.0f, 1.0f};
+    bool useCustomColor_ = false;
     // Reused from frame to frame.
-    std::vector<point_t> curve_points_;
-    std::vector<point_t> peak_curve_points_;
+    std::vector<point_t> curvePoints_;
+    std::vector<point_t> peakCurvePoints_;
     std::vector<span_t> spans_;
     std::vector<piece_t> pieces_;
-    bool in_frame_ = false;     // while Draw runs
-    bool frame_walked_ = false; // the curve points hold this frame's walk
-    const std::vector<float>* walked_data_ = nullptr;
-    std::uint64_t walked_line_count_ = 0;
+    bool inFrame_ = false;     // while Draw runs
+    bool frameWalked_ = false; // the curve points hold this frame's walk
+    const std::vector<float>* walkedData_ = nullptr;
+    std::uint64_t walkedLineCount_ = 0;
 };
 
 } // namespace qoraudiofiltersui

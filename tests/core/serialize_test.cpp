@@ -1,5 +1,5 @@
 #include "core/any_regular.hpp"
-#include "core/expression_format.hpp"
+#include "core/expression_value_format.hpp"
 #include "core/number_text.hpp"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ std::string plain(const any_regular_t& value) {
 
 std::string as_expression(const any_regular_t& value) {
     std::ostringstream out;
-    expression_format_t format;
+    expression_value_format_t format;
     format_scope_t scope(out, format);
     out << value;
     return out.str();
@@ -94,7 +94,7 @@ TEST(Serialize, ExpressionFormatNestsAndQuotes) {
 TEST(Serialize, FormatScopeRestoresThePreviousFormat) {
     std::ostringstream out;
     {
-        expression_format_t format;
+        expression_value_format_t format;
         format_scope_t scope(out, format);
         EXPECT_EQ(get_format(out), &format);
     }

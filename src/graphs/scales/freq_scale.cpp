@@ -42,25 +42,25 @@ void FreqScale::SetSize(float size) {
 }
 
 float FreqScale::StripTop(std::size_t channel) const {
-    const float n = static_cast<float>(num_channels_);
+    const float n = static_cast<float>(numChannels_);
     const float h = (size_ - (n - 1.0f)) / n;
     return (h + 1.0f) * static_cast<float>(channel);
 }
 
 float FreqScale::StripBottom(std::size_t channel) const {
-    const float n = static_cast<float>(num_channels_);
+    const float n = static_cast<float>(numChannels_);
     const float h = (size_ - (n - 1.0f)) / n;
     return h + (h + 1.0f) * static_cast<float>(channel) - 1.0f;
 }
 
 FreqScale::range_t FreqScale::GetChannelYRange(std::size_t channel) const {
-    if (channel >= num_channels_)
+    if (channel >= numChannels_)
         return range_t();
     return range_t(StripTop(channel), StripBottom(channel));
 }
 
 std::size_t FreqScale::GetChannelFromY(float y) const {
-    for (std::size_t k = 0; k < num_channels_; ++k)
+    for (std::size_t k = 0; k < numChannels_; ++k)
         if (StripTop(k) <= y && y <= StripBottom(k))
             return k;
     return 0;
@@ -75,46 +75,46 @@ void FreqScale::RelativeSpan(double& low, double& high) const {
 }
 
 void FreqScale::SetTotalFreqRange(const range_t& range) {
-    total_range_ = range;
-    visible_range_ = range_t();
+    totalRange_ = range;
+    visibleRange_ = range_t();
 }
 
 void FreqScale::SetVisibleFreqRange(const range_t& range, bool force) {
-    if (!force && range == visible_range_)
+    if (!force && range == visibleRange_)
         return;
     if (range.high >= range.low && range.length() < 1.0f)
         return;
-    visible_range_ = range;
+    visibleRange_ = range;
 }
 
 void FreqScale::SetDefaultVisibleFreqRange(const range_t& range) {
-    default_range_ = range;
-    has_default_ = true;
+    defaultRange_ = range;
+    hasDefault_ = true;
 }
 
 void FreqScale::SetDefaultVisibleFreqRange() {
-    const range_t range = has_default_ ? default_range_ : total_range_;
-    if (range == visible_range_)
+    const range_t range = hasDefault_ ? defaultRange_ : totalRange_;
+    if (range == visibleRange_)
         return;
     if (range.length() < 1.0f)
         return;
-    visible_range_ = range;
+    visibleRange_ = range;
 }
 
 void FreqScale::SetScaleType(FreqScaleType type) {
     if (type >= 6 || type < 0)
         return;
-    scale_type_ = type;
+    scaleType_ = type;
 }
 
 double FreqScale::HzToRelPixelsFloat(double hz) const {
-    if (scale_type_ > kLogScale)
+    if (scaleType_ > kLogScale)
         return 0.0;
-    const double a = Warp(scale_type_, static_cast<double>(visible_range_.low));
-    const double b = Warp(scale_type_, static_cast<double>(visible_range_.high));
+    const double a = Warp(scaleType_, static_cast<double>(visibleRange_.low));
+    const double b = Warp(scaleType_, static_cast<double>(visibleRange_.high));
     if (a == b)
         return -span_margin;
-    const double t = (Warp(scale_type_, hz) - a) / (b - a);
+    const double t = (Warp(scaleType_, hz) - a) / (b - a);
     double low, high;
     RelativeSpan(low, high);
     return t * (high - low) + low;
@@ -140,7 +140,7 @@ qorcore::checked_value<float> FreqScale::HzToRelPixels(double hz, bool clamp) co
 qorcore::checked_value<float> FreqScale::HzToPixels(std::size_t channel, double hz,
                                                     bool clamp) const {
     const qorcore::checked_value<float> relative = HzToRelPixels(hz, clamp);
-    const bool exists = channel < num_channels_;
+    const bool exists = channel < numChannels_;
     if (!inverted_)
         return {(exists ? StripTop(channel) : 1.0f) + relative.value, relative.valid};
     return {(exists ? StripBottom(channel) : 0.0f) - relative.value, relative.valid};
@@ -148,22 +148,22 @@ qorcore::checked_value<float> FreqScale::HzToPixels(std::size_t channel, double 
 
 qorcore::checked_value<double> FreqScale::HzToPixelsFloat(std::size_t channel, double hz) const {
     const double relative = HzToRelPixelsFloat(hz);
-    const bool exists = channel < num_channels_;
+    const bool exists = channel < numChannels_;
     if (!inverted_)
         return {(exists ? StripTop(channel) : 1.0) + relative, true};
     return {(exists ? StripBottom(channel) : 0.0) - relative, true};
 }
 
 double FreqScale::RelPixelsToHz(double pixels, bool clamp) const {
-    if (scale_type_ > kLogScale)
+    if (scaleType_ > kLogScale)
         return 0.0;
     double low_span, high_span;
     RelativeSpan(low_span, high_span);
     const double t = low_span == high_span ? 0.0 : (pixels - low_span) / (high_span - low_span);
-    const double low = visible_range_.low;
-    const double high = visible_range_.high;
+    const double low = visibleRange_.low;
+    const double high = visibleRange_.high;
     double result = 0.0;
-    switch (scale_type_) {
+    switch (scaleType_) {
     case kLinearScale: result = t * (high - low) + low; break;
     case kMelScale: {
         const double a = Warp(kMelScale, low);
@@ -196,15 +196,15 @@ double FreqScale::RelPixelsToHz(double pixels, bool clamp) const {
 }
 
 double FreqScale::PixelsToHz(std::size_t channel, double pixels, bool clamp) const {
-    const bool exists = channel < num_channels_;
+    const bool exists = channel < numChannels_;
     if (!inverted_)
         return RelPixelsToHz((exists ? StripTop(channel) : 1.0) + pixels, clamp);
     return RelPixelsToHz((exists ? StripBottom(channel) : 0.0) - pixels, clamp);
 }
 
 void FreqScale::ZoomVisibleFreqRange(float new_width_hz, float anchor_hz, bool force) {
-    const double low = visible_range_.low;
-    const double high = visible_range_.high;
+    const double low = visibleRange_.low;
+    const double high = visibleRange_.high;
     const double t = low == high ? 0.0 : (anchor_hz - low) / (high - low);
     const auto below = static_cast<float>(new_width_hz * t);
     const float above = new_width_hz - below;
@@ -212,8 +212,8 @@ void FreqScale::ZoomVisibleFreqRange(float new_width_hz, float anchor_hz, bool f
     if (below >= anchor_hz) {
         // The zoom is allowed to reach 0 Hz, whatever the total range says.
         range = range_t(0.0f, new_width_hz);
-    } else if (anchor_hz >= total_range_.high - above) {
-        range = range_t(total_range_.high - new_width_hz, total_range_.high);
+    } else if (anchor_hz >= totalRange_.high - above) {
+        range = range_t(totalRange_.high - new_width_hz, totalRange_.high);
     } else {
         range = range_t(anchor_hz - below, above + anchor_hz);
     }
@@ -221,7 +221,7 @@ void FreqScale::ZoomVisibleFreqRange(float new_width_hz, float anchor_hz, bool f
 }
 
 void FreqScale::PanVisibleFreqRange(float delta_pixels, bool) {
-    if (visible_range_ == total_range_)
+    if (visibleRange_ == totalRange_)
         return;
     const range_t strip = GetChannelYRange(0);
     const double a = static_cast<double>(static_cast<std::int32_t>(strip.high)) + span_margin;
@@ -232,17 +232,17 @@ void FreqScale::PanVisibleFreqRange(float delta_pixels, bool) {
     double new_high = inverted_ ? fb : fa;
     // At either end of the total range the view keeps its pixel width, which in a warped scale
     // is not its width in hertz.
-    if (total_range_.low > new_low) {
-        new_low = total_range_.low;
-        const double px = HzToPixelsFloat(0, total_range_.low).value;
+    if (totalRange_.low > new_low) {
+        new_low = totalRange_.low;
+        const double px = HzToPixelsFloat(0, totalRange_.low).value;
         new_high = PixelsToHz(0, inverted_ ? b - (a - px) : a - (b - px), false);
-    } else if (new_high > total_range_.high) {
-        new_high = total_range_.high;
-        const double px = HzToPixelsFloat(0, total_range_.high).value;
+    } else if (new_high > totalRange_.high) {
+        new_high = totalRange_.high;
+        const double px = HzToPixelsFloat(0, totalRange_.high).value;
         new_low = PixelsToHz(0, inverted_ ? a - (b - px) : b - (a - px), false);
     }
-    new_low = Limit(new_low, total_range_.low, total_range_.high);
-    new_high = Limit(new_high, total_range_.low, total_range_.high);
+    new_low = Limit(new_low, totalRange_.low, totalRange_.high);
+    new_high = Limit(new_high, totalRange_.low, totalRange_.high);
     SetVisibleFreqRange(range_t(static_cast<float>(new_low), static_cast<float>(new_high)), false);
 }
 

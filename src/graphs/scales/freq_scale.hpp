@@ -36,22 +36,22 @@ public:
     float GetSize() const { return size_; }
     float GetHeight() const { return size_; }
     float GetWidth() const { return size_; }
-    void SetNumChannels(std::size_t count) { num_channels_ = count; }
-    std::size_t GetNumChannels() const { return num_channels_; }
+    void SetNumChannels(std::size_t count) { numChannels_ = count; }
+    std::size_t GetNumChannels() const { return numChannels_; }
 
     range_t GetChannelYRange(std::size_t channel) const;
     std::size_t GetChannelFromY(float y) const;
 
     void SetTotalFreqRange(const range_t& range);
-    range_t GetTotalFreqRange() const { return total_range_; }
+    range_t GetTotalFreqRange() const { return totalRange_; }
     void SetVisibleFreqRange(const range_t& range, bool force);
-    range_t GetVisibleFreqRange() const { return visible_range_; }
+    range_t GetVisibleFreqRange() const { return visibleRange_; }
     void SetDefaultVisibleFreqRange(const range_t& range);
     void SetDefaultVisibleFreqRange();
-    range_t GetDefaultVisibleFreqRange() const { return default_range_; }
+    range_t GetDefaultVisibleFreqRange() const { return defaultRange_; }
 
     void SetScaleType(FreqScaleType type);
-    FreqScaleType GetScaleType() const { return scale_type_; }
+    FreqScaleType GetScaleType() const { return scaleType_; }
 
     double HzToRelPixelsFloat(double hz) const;
     qorcore::checked_value<float> HzToRelPixels(double hz, bool clamp) const;
@@ -76,13 +76,13 @@ private:
     void RelativeSpan(double& low, double& high) const;
 
     bool inverted_;
-    FreqScaleType scale_type_ = kMelScale;
-    std::uint64_t num_channels_ = 0;
+    FreqScaleType scaleType_ = kMelScale;
+    std::uint64_t numChannels_ = 0;
     float size_ = 1.0f;
-    range_t total_range_;
-    range_t visible_range_;
-    range_t default_range_;
-    bool has_default_ = false;
+    range_t totalRange_;
+    range_t visibleRange_;
+    range_t defaultRange_;
+    bool hasDefault_ = false;
 };
 
 } // namespace qoraudiofiltersui

@@ -62,14 +62,14 @@ void MagScale::SetHeight(float height) {
 }
 
 void MagScale::RefreshCoefficients() {
-    const range_t& linear = visible_linear_range_;
+    const range_t& linear = visibleLinearRange_;
     if (!(linear.high >= linear.low))
         return;
     const float bottom = Bottom();
-    log_gain_ = (top_row - bottom) /
-                std::log((linear.high + linear_offset_) / (linear.low + linear_offset_));
-    log_origin_ = bottom - std::log(linear.low + linear_offset_) * log_gain_;
-    inverse_log_gain_ = 1.0f / log_gain_;
+    logGain_ =
+        (top_row - bottom) / std::log((linear.high + linearOffset_) / (linear.low + linearOffset_));
+    logOrigin_ = bottom - std::log(linear.low + linearOffset_) * logGain_;
+    inverseLogGain_ = 1.0f / logGain_;
 }
 
 float MagScale::PixelsToDecibels(float pixels, bool clamp) const {
@@ -91,13 +91,12 @@ float MagScale::DecibelsToRelPixels(float decibels, bool clamp) const {
 }
 
 float MagScale::UnclampedDecibelsToRelPixels(float decibels, bool clamp) const {
-    switch (scale_type_) {
+    switch (scaleType_) {
     case kDecibelMagScale: {
         const float bottom = Bottom();
-        if (visible_range_.low == visible_range_.high)
+        if (visibleRange_.low == visibleRange_.high)
             return bottom;
-        const float t =
-            (decibels - visible_range_.low) / (visible_range_.high - visible_range_.low);
+        const float t = (decibels - visibleRange_.low) / (visibleRange_.high - visibleRange_.low);
         return t * (top_row - bottom) + bottom;
     }
     case kAmplitudeLog90MagScale:
@@ -109,14 +108,14 @@ float MagScale::UnclampedDecibelsToRelPixels(float decibels, bool clamp) const {
 }
 
 float MagScale::RelPixelsToDecibels(float pixels, bool clamp) const {
-    switch (scale_type_) {
+    switch (scaleType_) {
     case kDecibelMagScale: {
         const float bottom = Bottom();
         if (bottom == top_row)
-            return visible_range_.low;
+            return visibleRange_.low;
         const float t = (pixels - bottom) / (top_row - bottom);
-        const float result = t * (visible_range_.high - visible_range_.low) + visible_range_.low;
-        return clamp ? LimitTo(result, visible_range_) : result;
+        const float result = t * (visibleRange_.high - visibleRange_.low) + visibleRange_.low;
+        return clamp ? LimitTo(result, visibleRange_) : result;
     }
     case kAmplitudeLog90MagScale:
     case kAmplitudeLog120MagScale: {
@@ -125,17 +124,17 @@ float MagScale::RelPixelsToDecibels(float pixels, bool clamp) const {
     }
     case kFaderMagScale: {
         const float result = fader_.GetDecibelValue(1.0f - pixels / (height_ - 1.0f));
-        return clamp ? LimitTo(result, visible_range_) : result;
+        return clamp ? LimitTo(result, visibleRange_) : result;
     }
     }
     return 0.0f;
 }
 
 float MagScale::LinearToRelPixels(float amplitude, bool clamp) const {
-    switch (scale_type_) {
+    switch (scaleType_) {
     case kAmplitudeLog90MagScale:
     case kAmplitudeLog120MagScale:
-        return std::log(amplitude + linear_offset_) * log_gain_ + log_origin_;
+        return std::log(amplitude + linearOffset_) * logGain_ + logOrigin_;
     case kDecibelMagScale:
     case kFaderMagScale: {
         // Silence maps to the floor without taking the logarithm of 0.
@@ -148,11 +147,11 @@ float MagScale::LinearToRelPixels(float amplitude, bool clamp) const {
 }
 
 float MagScale::RelPixelsToLinear(float pixels, bool clamp) const {
-    switch (scale_type_) {
+    switch (scaleType_) {
     case kAmplitudeLog90MagScale:
     case kAmplitudeLog120MagScale: {
-        const float result = std::exp((pixels - log_origin_) * inverse_log_gain_) - linear_offset_;
-        return clamp ? LimitTo(result, visible_linear_range_) : result;
+        const float result = std::exp((pixels - logOrigin_) * inverseLogGain_) - linearOffset_;
+        return clamp ? LimitTo(result, visibleLinearRange_) : result;
     }
     case kDecibelMagScale:
     case kFaderMagScale: return std::exp(RelPixelsToDecibels(pixels, clamp) * db_to_exponent);
@@ -161,45 +160,45 @@ float MagScale::RelPixelsToLinear(float pixels, bool clamp) const {
 }
 
 void MagScale::SetScaleType(MagScaleType type) {
-    if (type == scale_type_ || type >= 4 || type < 0)
+    if (type == scaleType_ || type >= 4 || type < 0)
         return;
     switch (type) {
     case kDecibelMagScale:
-        if (visible_range_.low < -200.0f) {
-            visible_range_.high = std::max(visible_range_.high, -50.0f);
-            visible_range_.low = -120.0f;
+        if (visibleRange_.low < -200.0f) {
+            visibleRange_.high = std::max(visibleRange_.high, -50.0f);
+            visibleRange_.low = -120.0f;
         }
-        linear_offset_ = 0.0f;
-        visible_linear_range_ = range_t(std::exp(visible_range_.low * db_to_exponent),
-                                        std::exp(visible_range_.high * db_to_exponent));
+        linearOffset_ = 0.0f;
+        visibleLinearRange_ = range_t(std::exp(visibleRange_.low * db_to_exponent),
+                                      std::exp(visibleRange_.high * db_to_exponent));
         break;
     case kAmplitudeLog90MagScale:
     case kAmplitudeLog120MagScale:
-        visible_range_.low = -400.0f;
-        linear_offset_ = OffsetForType(type);
-        visible_linear_range_ = range_t(0.0f, std::exp(visible_range_.high * db_to_exponent));
+        visibleRange_.low = -400.0f;
+        linearOffset_ = OffsetForType(type);
+        visibleLinearRange_ = range_t(0.0f, std::exp(visibleRange_.high * db_to_exponent));
         break;
     case kFaderMagScale:
-        visible_range_ = range_t(-300.0f, 15.0f);
-        linear_offset_ = 0.0f;
-        visible_linear_range_ = range_t(0.0f, std::exp(15.0f * db_to_exponent));
+        visibleRange_ = range_t(-300.0f, 15.0f);
+        linearOffset_ = 0.0f;
+        visibleLinearRange_ = range_t(0.0f, std::exp(15.0f * db_to_exponent));
         break;
     }
-    scale_type_ = type;
+    scaleType_ = type;
     RefreshCoefficients();
 }
 
 void MagScale::StoreVisibleRange(const range_t& range) {
-    visible_range_ = range;
-    visible_linear_range_.high = std::exp(range.high * db_to_exponent);
-    visible_linear_range_.low = scale_type_ != kDecibelMagScale && range.low <= -150.0f
-                                    ? 0.0f
-                                    : std::exp(range.low * db_to_exponent);
+    visibleRange_ = range;
+    visibleLinearRange_.high = std::exp(range.high * db_to_exponent);
+    visibleLinearRange_.low = scaleType_ != kDecibelMagScale && range.low <= -150.0f
+                                  ? 0.0f
+                                  : std::exp(range.low * db_to_exponent);
     RefreshCoefficients();
 }
 
 void MagScale::SetVisibleRange(const range_t& range, bool force) {
-    if (!force && range == visible_range_)
+    if (!force && range == visibleRange_)
         return;
     if (range.high >= range.low && range.length() < 1.0f)
         return;
@@ -207,16 +206,16 @@ void MagScale::SetVisibleRange(const range_t& range, bool force) {
 }
 
 void MagScale::SetDefaultVisibleRange(const range_t& range) {
-    default_range_ = range;
-    has_default_ = true;
+    defaultRange_ = range;
+    hasDefault_ = true;
 }
 
 void MagScale::SetDefaultVisibleRange() {
-    if (has_default_) {
-        SetVisibleRange(default_range_, false);
+    if (hasDefault_) {
+        SetVisibleRange(defaultRange_, false);
         return;
     }
-    switch (scale_type_) {
+    switch (scaleType_) {
     case kDecibelMagScale: SetVisibleRange(range_t(-120.0f, 0.0f), false); break;
     case kFaderMagScale: SetVisibleRange(range_t(-300.0f, 15.0f), false); break;
     default: SetVisibleRange(range_t(-400.0f, 0.0f), false); break;
@@ -224,22 +223,22 @@ void MagScale::SetDefaultVisibleRange() {
 }
 
 void MagScale::PanVisibleRange(float delta_pixels) {
-    if (visible_range_ == total_range_ || height_ == 0.0f)
+    if (visibleRange_ == totalRange_ || height_ == 0.0f)
         return;
     const float bottom = Bottom();
     float low = PixelsToDecibels(bottom - delta_pixels, false);
     float high = PixelsToDecibels(top_row - delta_pixels, false);
-    if (total_range_.low >= low) {
-        low = total_range_.low;
-        const float px = DecibelsToPixels(total_range_.low, true);
+    if (totalRange_.low >= low) {
+        low = totalRange_.low;
+        const float px = DecibelsToPixels(totalRange_.low, true);
         high = PixelsToDecibels(bottom - (top_row - px), false);
-    } else if (high >= total_range_.high) {
-        high = total_range_.high;
-        const float px = DecibelsToPixels(total_range_.high, true);
+    } else if (high >= totalRange_.high) {
+        high = totalRange_.high;
+        const float px = DecibelsToPixels(totalRange_.high, true);
         low = PixelsToDecibels(top_row - (bottom - px), false);
     }
-    const range_t range(LimitTo(low, total_range_), LimitTo(high, total_range_));
-    if (range == visible_range_)
+    const range_t range(LimitTo(low, totalRange_), LimitTo(high, totalRange_));
+    if (range == visibleRange_)
         return;
     if (range.high >= range.low && range.length() < 1.0f)
         return;
@@ -248,12 +247,12 @@ void MagScale::PanVisibleRange(float delta_pixels) {
 
 qorcore::ColorRGBA MagScale::GetColorForDecibels(float decibels) const {
     float v;
-    switch (scale_type_) {
+    switch (scaleType_) {
     case kDecibelMagScale:
     case kFaderMagScale:
-        v = visible_range_.low == visible_range_.high
+        v = visibleRange_.low == visibleRange_.high
                 ? -120.0f
-                : ((decibels - visible_range_.low) / (visible_range_.high - visible_range_.low)) *
+                : ((decibels - visibleRange_.low) / (visibleRange_.high - visibleRange_.low)) *
                           120.0f -
                       120.0f;
         break;

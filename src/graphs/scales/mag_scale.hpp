@@ -37,14 +37,14 @@ public:
     void SetHeight(float height);
     float GetHeight() const { return height_; }
     void SetScaleType(MagScaleType type);
-    MagScaleType GetScaleType() const { return scale_type_; }
+    MagScaleType GetScaleType() const { return scaleType_; }
     void SetVisibleRange(const range_t& range, bool force);
-    range_t GetVisibleRange() const { return visible_range_; }
-    range_t GetVisibleLinearRange() const { return visible_linear_range_; }
-    range_t GetTotalRange() const { return total_range_; }
+    range_t GetVisibleRange() const { return visibleRange_; }
+    range_t GetVisibleLinearRange() const { return visibleLinearRange_; }
+    range_t GetTotalRange() const { return totalRange_; }
     void SetDefaultVisibleRange(const range_t& range);
     void SetDefaultVisibleRange();
-    range_t GetDefaultVisibleRange() const { return default_range_; }
+    range_t GetDefaultVisibleRange() const { return defaultRange_; }
     /// The rows of the axis: 0 to height - 1.
     range_t GetYRange() const { return range_t(0.0f, height_ - 1.0f); }
     void PanVisibleRange(float delta_pixels);
@@ -59,16 +59,16 @@ private:
     void RefreshCoefficients();
 
     float height_ = 1.0f;
-    MagScaleType scale_type_ = kDecibelMagScale;
-    range_t visible_range_{-120.0f, 0.0f};
-    range_t visible_linear_range_;
-    range_t total_range_{-200.0f, 100.0f};
-    range_t default_range_;
-    bool has_default_ = false;
-    float linear_offset_ = 0.0f;
-    float log_gain_ = 0.0f;
-    float inverse_log_gain_ = 0.0f;
-    float log_origin_ = 0.0f;
+    MagScaleType scaleType_ = kDecibelMagScale;
+    range_t visibleRange_{-120.0f, 0.0f};
+    range_t visibleLinearRange_;
+    range_t totalRange_{-200.0f, 100.0f};
+    range_t defaultRange_;
+    bool hasDefault_ = false;
+    float linearOffset_ = 0.0f;
+    float logGain_ = 0.0f;
+    float inverseLogGain_ = 0.0f;
+    float logOrigin_ = 0.0f;
     qorcore::FaderTranslator<float> fader_{0.75, 15.0, 15.0};
 };
 

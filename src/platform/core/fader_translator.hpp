@@ -19,8 +19,8 @@ template <class T>
 class FaderTranslator {
 public:
     FaderTranslator(double position, double range, double range2) {
-        zero_position_ = std::clamp(position, double(0.51f), double(0.9f));
-        const double x = (2.0 * zero_position_ - 1.0) / zero_position_;
+        zeroPosition_ = std::clamp(position, double(0.51f), double(0.9f));
+        const double x = (2.0 * zeroPosition_ - 1.0) / zeroPosition_;
         range_ = std::clamp(range, 3.0, 96.0);
         exponent1_ = std::log(std::pow(10.0, -range_ / 20.0)) / std::log(x);
         exponent2_ = std::log(std::pow(10.0, -range2 / 20.0)) / std::log(x);
@@ -33,9 +33,9 @@ public:
             return T(0);
         double q;
         if (db >= 0.0)
-            q = 2.0 * zero_position_ - zero_position_ * std::pow(10.0, -db / (20.0 * exponent1_));
+            q = 2.0 * zeroPosition_ - zeroPosition_ * std::pow(10.0, -db / (20.0 * exponent1_));
         else
-            q = zero_position_ * std::pow(10.0, db / (20.0 * exponent2_));
+            q = zeroPosition_ * std::pow(10.0, db / (20.0 * exponent2_));
         return static_cast<T>(std::clamp(q, 0.0, 1.0));
     }
 
@@ -44,19 +44,19 @@ public:
         const double q = std::min(static_cast<double>(normalized), 1.0);
         if (!(q > 0.0))
             return -std::numeric_limits<T>::infinity();
-        if (q >= zero_position_)
+        if (q >= zeroPosition_)
             return static_cast<T>(-20.0 * exponent1_ *
-                                  std::log10((2.0 * zero_position_ - q) / zero_position_));
-        return static_cast<T>(20.0 * exponent2_ * std::log10(q / zero_position_));
+                                  std::log10((2.0 * zeroPosition_ - q) / zeroPosition_));
+        return static_cast<T>(20.0 * exponent2_ * std::log10(q / zeroPosition_));
     }
 
-    double GetZeroPosition() const { return zero_position_; }
+    double GetZeroPosition() const { return zeroPosition_; }
     double GetRange() const { return range_; }
     double GetExponent1() const { return exponent1_; }
     double GetExponent2() const { return exponent2_; }
 
 private:
-    double zero_position_;
+    double zeroPosition_;
     double range_;
     double exponent1_;
     double exponent2_;

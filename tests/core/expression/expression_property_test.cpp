@@ -5,7 +5,7 @@
 #include "core/expression/expression_formatter.hpp"
 #include "core/expression/parser.hpp"
 #include "core/expression/virtual_machine.hpp"
-#include "core/expression_format.hpp"
+#include "core/expression_value_format.hpp"
 
 #include <gtest/gtest.h>
 
@@ -100,7 +100,7 @@ private:
 
 std::string serialize(const any_regular_t& value) {
     std::ostringstream out;
-    expression_format_t format;
+    expression_value_format_t format;
     format_scope_t scope(out, format);
     out << value;
     return out.str();

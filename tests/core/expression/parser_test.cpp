@@ -1,5 +1,5 @@
 #include "core/expression/parser.hpp"
-#include "core/expression_format.hpp"
+#include "core/expression_value_format.hpp"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ namespace {
 // The stream as expression text, so whole shapes compare in one readable line.
 std::string shape(const std::string& source) {
     std::ostringstream out;
-    expression_format_t format;
+    expression_value_format_t format;
     format_scope_t scope(out, format);
     out << any_regular_t(parse_expression(source));
     return out.str();

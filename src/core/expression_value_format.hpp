@@ -8,7 +8,7 @@ namespace vorlen {
 
 /// Writes values in the expression language, so the text reads back as an equal value:
 /// `[1, "a", @n]`, `{key: true, other: empty}`.
-class expression_format_t final : public format_base_t {
+class expression_value_format_t final : public format_base_t {
 public:
     void begin_bag(std::ostream& stream, const std::string& format) override;
     void end_bag(std::ostream& stream) override;

@@ -1,4 +1,4 @@
-#include "core/expression_format.hpp"
+#include "core/expression_value_format.hpp"
 
 #include "core/any_regular.hpp"
 
@@ -11,29 +11,18 @@ std::string quoted_string(const std::string& text) {
     std::string result = "\"";
     for (char c : text) {
         switch (c) {
-        case '"':
-            result += "\\\"";
-            break;
-        case '\\':
-            result += "\\\\";
-            break;
-        case '\n':
-            result += "\\n";
-            break;
-        case '\r':
-            result += "\\r";
-            break;
-        case '\t':
-            result += "\\t";
-            break;
-        default:
-            result += c;
+        case '"': result += "\\\""; break;
+        case '\\': result += "\\\\"; break;
+        case '\n': result += "\\n"; break;
+        case '\r': result += "\\r"; break;
+        case '\t': result += "\\t"; break;
+        default: result += c;
         }
     }
     return result + "\"";
 }
 
-bool expression_format_t::begin_element(std::ostream& stream) {
+bool expression_value_format_t::begin_element(std::ostream& stream) {
     if (frames_m.empty())
         return false;
     frame_t& frame = frames_m.back();
@@ -43,24 +32,23 @@ bool expression_format_t::begin_element(std::ostream& stream) {
         if (frame.count++ > 0)
             stream << ", ";
         return false;
-    case frame_kind::pair:
-        return frame.count++ == 0;
+    case frame_kind::pair: return frame.count++ == 0;
     }
     return false;
 }
 
-void expression_format_t::begin_bag(std::ostream& stream, const std::string&) {
+void expression_value_format_t::begin_bag(std::ostream& stream, const std::string&) {
     begin_element(stream);
     stream << '{';
     frames_m.push_back({frame_kind::bag, 0});
 }
 
-void expression_format_t::end_bag(std::ostream& stream) {
+void expression_value_format_t::end_bag(std::ostream& stream) {
     frames_m.pop_back();
     stream << '}';
 }
 
-void expression_format_t::begin_sequence(std::ostream& stream) {
+void expression_value_format_t::begin_sequence(std::ostream& stream) {
     if (!frames_m.empty() && frames_m.back().kind == frame_kind::bag) {
         begin_element(stream);
         frames_m.push_back({frame_kind::pair, 0});
@@ -71,14 +59,14 @@ void expression_format_t::begin_sequence(std::ostream& stream) {
     frames_m.push_back({frame_kind::array, 0});
 }
 
-void expression_format_t::end_sequence(std::ostream& stream) {
+void expression_value_format_t::end_sequence(std::ostream& stream) {
     const frame_kind kind = frames_m.back().kind;
     frames_m.pop_back();
     if (kind == frame_kind::array)
         stream << ']';
 }
 
-void expression_format_t::begin_atom(std::ostream& stream, const serializable_t& atom) {
+void expression_value_format_t::begin_atom(std::ostream& stream, const serializable_t& atom) {
     if (begin_element(stream)) {
         // A dictionary key: the bare name.
         atom.serialize(stream);
@@ -93,6 +81,6 @@ void expression_format_t::begin_atom(std::ostream& stream, const serializable_t&
         atom.serialize(stream);
 }
 
-void expression_format_t::end_atom(std::ostream&) {}
+void expression_value_format_t::end_atom(std::ostream&) {}
 
 } // namespace vorlen
