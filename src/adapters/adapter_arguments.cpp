@@ -14,56 +14,6 @@ using vorlen::array_t;
 using vorlen::dictionary_t;
 using vorlen::name_t;
 
-bool Read(const dictionary_t& arguments, name_t key, double& variable) {
-    return vorlen::get_value(arguments, key, variable);
-}
-
-bool Read(const dictionary_t& arguments, name_t key, float& variable) {
-    double number = variable;
-    if (!vorlen::get_value(arguments, key, number))
-        return false;
-    variable = float(number);
-    return true;
-}
-
-bool Read(const dictionary_t& arguments, name_t key, int& variable) {
-    double number = variable;
-    if (!vorlen::get_value(arguments, key, number))
-        return false;
-    variable = int(number);
-    return true;
-}
-
-bool Read(const dictionary_t& arguments, name_t key, bool& variable) {
-    return vorlen::get_value(arguments, key, variable);
-}
-
-bool Read(const dictionary_t& arguments, name_t key, name_t& variable) {
-    return vorlen::get_value(arguments, key, variable);
-}
-
-bool Read(const dictionary_t& arguments, name_t key, array_t& variable) {
-    return vorlen::get_value(arguments, key, variable);
-}
-
-bool Read(const dictionary_t& arguments, name_t key, dictionary_t& variable) {
-    return vorlen::get_value(arguments, key, variable);
-}
-
-bool ReadText(const dictionary_t& arguments, name_t key, std::string& variable) {
-    std::string text;
-    if (!vorlen::get_value(arguments, key, text))
-        return false;
-    variable = qormarltess::LocalizeString(text);
-    return true;
-}
-
-name_t ReadCell(const dictionary_t& arguments, name_t key) {
-    name_t cell;
-    vorlen::get_value(arguments, key, cell);
-    return cell;
-}
-
 std::vector<char> ToFlags(const any_regular_t& value) {
     std::vector<char> flags;
     for (const any_regular_t& flag : value.cast<array_t>())
@@ -92,12 +42,6 @@ std::vector<std::pair<double, double>> ReadCurvePoints(const dictionary_t& cell)
         points.emplace_back(pair[0].cast<double>(), pair[1].cast<double>());
     }
     return points;
-}
-
-void BindEnabled(const qormarltess::FactoryToken& token, name_t cell,
-                 std::function<void(bool)> view) {
-    if (cell)
-        token.GetAssemblage().BindEnabled(cell, std::move(view));
 }
 
 } // namespace qoraudiofiltersui::adapter_arguments

@@ -14,25 +14,17 @@ namespace qormarltess {
 class Assemblage;
 }
 
-/// How the adapters of this library read the arguments of their widget: one typed reader for
-/// every argument, so that they all fail alike. A key that is absent leaves the variable at its
-/// default; a value of another type raises `vorlen::bad_cast`.
+/// What the adapters of this library make of their arguments. They read them with the view
+/// engine's reader (`Read`, `ReadText`, `Cell`, `WithDictionary`, `BindEnabled`), so that the
+/// engine's widgets and the adapters fail alike; the conversions of values only adapters take
+/// live here.
 namespace qoraudiofiltersui::adapter_arguments {
 
-/// Numbers of the engine are doubles; these narrow them for the controls.
-bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, double& variable);
-bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, float& variable);
-bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, int& variable);
-bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, bool& variable);
-bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, vorlen::name_t& variable);
-bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, vorlen::array_t& variable);
-bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key,
-          vorlen::dictionary_t& variable);
-/// A text, through the localiser, so that "$$$/path/Key=Default" shows as the user's language.
-bool ReadText(const vorlen::dictionary_t& arguments, vorlen::name_t key, std::string& variable);
-
-/// The cell an argument names with `@cell`; the empty name when the key is absent.
-vorlen::name_t ReadCell(const vorlen::dictionary_t& arguments, vorlen::name_t key);
+using qormarltess::widget_support::BindEnabled;
+using qormarltess::widget_support::Cell;
+using qormarltess::widget_support::Read;
+using qormarltess::widget_support::ReadText;
+using qormarltess::widget_support::WithDictionary;
 
 /// An array of booleans, one per point (`visible`, `can_delete`, ...), as the curve editor
 /// takes them.
@@ -44,13 +36,5 @@ qorcore::ColorRGBA ToColor(const vorlen::dictionary_t& color);
 /// first n pairs (all of them when n is larger). A missing key raises `std::out_of_range`
 /// "dictionary_t: key 'curve_points' not found"; a pair of another length `std::runtime_error`.
 std::vector<std::pair<double, double>> ReadCurvePoints(const vorlen::dictionary_t& cell);
-
-/// A dictionary argument given in place or as a watched `@cell`: the engine's own reader.
-using qormarltess::widget_support::WithDictionary;
-
-/// Whether a control of an input cell should take input: calls `view` now and whenever that
-/// changes. Nothing for an empty name or an output.
-void BindEnabled(const qormarltess::FactoryToken& token, vorlen::name_t cell,
-                 std::function<void(bool)> view);
 
 } // namespace qoraudiofiltersui::adapter_arguments

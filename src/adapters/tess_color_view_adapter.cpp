@@ -26,7 +26,7 @@ TessColorViewAdapter::TessColorViewAdapter(const dictionary_t& arguments, qorui:
     if (Read(arguments, "color"_name, color))
         view_->SetValue(ToColor(color));
     AddToParent();
-    if (const name_t cell = ReadCell(arguments, "bind"_name)) {
+    if (const name_t cell = Cell(arguments, "bind"_name)) {
         ColorView* view = view_.get();
         token.GetAssemblage().BindView(cell, [view](const any_regular_t& value) {
             if (!value.is<vorlen::empty_t>())

@@ -28,7 +28,7 @@ TessCompressorExpanderListAdapter::TessCompressorExpanderListAdapter(
     if (vorlen::get_value(arguments, "identifier"_name, identifier))
         UI_SetNodeID(identifier);
     AddToParent();
-    if (const name_t cell = ReadCell(arguments, "bind"_name))
+    if (const name_t cell = Cell(arguments, "bind"_name))
         token.GetAssemblage().BindView(cell,
                                        [this](const any_regular_t& value) { ApplyPoints(value); });
 }

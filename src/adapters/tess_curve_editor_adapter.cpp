@@ -146,19 +146,19 @@ TessCurveEditorAdapter::TessCurveEditorAdapter(const dictionary_t& arguments,
     AddToParent();
 
     qormarltess::Assemblage& assemblage = token.GetAssemblage();
-    selectedCell_ = ReadCell(arguments, "selected_node"_name);
+    selectedCell_ = Cell(arguments, "selected_node"_name);
     if (selectedCell_)
         assemblage.BindView(selectedCell_,
                             [this](const any_regular_t& value) { ApplySelectedNode(value); });
-    if (const name_t cell = ReadCell(arguments, "bind_response"_name))
+    if (const name_t cell = Cell(arguments, "bind_response"_name))
         assemblage.BindView(cell, [this](const any_regular_t& value) { ApplyResponse(value); });
-    if (const name_t cell = ReadCell(arguments, "settings"_name))
+    if (const name_t cell = Cell(arguments, "settings"_name))
         assemblage.BindView(cell, [this](const any_regular_t& value) { ApplySettings(value); });
-    if (const name_t cell = ReadCell(arguments, "command"_name)) {
+    if (const name_t cell = Cell(arguments, "command"_name)) {
         assemblage.BindView(cell, [this](const any_regular_t& value) { ApplyCommand(value); });
         commandsArmed_ = true;
     }
-    pointsCell_ = ReadCell(arguments, "bind"_name);
+    pointsCell_ = Cell(arguments, "bind"_name);
     if (pointsCell_) {
         if (!token.FindSheet(pointsCell_))
             throw std::logic_error(std::string("no cell named '") + pointsCell_.c_str() +

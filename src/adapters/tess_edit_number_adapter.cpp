@@ -144,7 +144,7 @@ TessEditNumberAdapter::TessEditNumberAdapter(const dictionary_t& arguments, qoru
         }));
     AddToParent();
 
-    cell_ = ReadCell(arguments, "bind"_name);
+    cell_ = Cell(arguments, "bind"_name);
     if (!cell_)
         return;
     token.GetAssemblage().BindView(cell_, [this](const any_regular_t& value) {

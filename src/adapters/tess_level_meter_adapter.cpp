@@ -150,23 +150,23 @@ TessLevelMeterAdapter::TessLevelMeterAdapter(const dictionary_t& arguments, qoru
     AddToParent();
 
     qormarltess::Assemblage& assemblage = token.GetAssemblage();
-    if (const name_t cell = ReadCell(arguments, "loudness_valid"_name)) {
+    if (const name_t cell = Cell(arguments, "loudness_valid"_name)) {
         qorui::UI_LevelMeterView* meter = meter_.get();
         assemblage.BindView(cell,
                             [meter](const any_regular_t& v) { meter->SetLoudnessValid(IsOn(v)); });
     }
-    if (const name_t cell = ReadCell(arguments, "freeze"_name))
+    if (const name_t cell = Cell(arguments, "freeze"_name))
         assemblage.BindView(cell, [this](const any_regular_t& v) { ApplyFreeze(v); });
-    if (const name_t cell = ReadCell(arguments, "reset"_name))
+    if (const name_t cell = Cell(arguments, "reset"_name))
         assemblage.BindView(cell, [this](const any_regular_t& v) { ApplyReset(v); });
-    clipCell_ = ReadCell(arguments, "clip_indicator"_name);
+    clipCell_ = Cell(arguments, "clip_indicator"_name);
     if (clipCell_) {
         assemblage.BindView(clipCell_, [this](const any_regular_t& v) { ApplyClipIndicator(v); });
         // Held by the assemblage: the meter may outlive this adapter in its tree.
         assemblage.Hold(meter_->GetClipStateChangedSignal().Connect(
             [this](bool anyClipped) { OnClipStateChanged(anyClipped); }));
     }
-    if (const name_t cell = ReadCell(arguments, "bind"_name))
+    if (const name_t cell = Cell(arguments, "bind"_name))
         assemblage.BindView(cell, [this](const any_regular_t& v) { ApplyLevel(v); });
 }
 

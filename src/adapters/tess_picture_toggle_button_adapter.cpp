@@ -56,7 +56,7 @@ TessPictureToggleButtonAdapter::TessPictureToggleButtonAdapter(
         UI_SetNodeID(identifier);
     AddToParent();
 
-    const name_t cell = ReadCell(arguments, "bind"_name);
+    const name_t cell = Cell(arguments, "bind"_name);
     if (!cell)
         return;
     qormarltess::Assemblage& assemblage = token.GetAssemblage();

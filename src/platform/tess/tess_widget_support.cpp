@@ -4,6 +4,7 @@
 #include "platform/tess/tess_widgets.hpp"
 
 #include <cmath>
+#include <utility>
 
 namespace qormarltess::widget_support {
 
@@ -11,25 +12,69 @@ using vorlen::any_regular_t;
 using vorlen::dictionary_t;
 using vorlen::name_t;
 
+bool Read(const dictionary_t& arguments, name_t key, double& variable) {
+    return vorlen::get_value(arguments, key, variable);
+}
+
+bool Read(const dictionary_t& arguments, name_t key, float& variable) {
+    double number = variable;
+    if (!Read(arguments, key, number))
+        return false;
+    variable = float(number);
+    return true;
+}
+
+bool Read(const dictionary_t& arguments, name_t key, int& variable) {
+    double number = variable;
+    if (!Read(arguments, key, number))
+        return false;
+    variable = int(number);
+    return true;
+}
+
+bool Read(const dictionary_t& arguments, name_t key, bool& variable) {
+    return vorlen::get_value(arguments, key, variable);
+}
+
+bool Read(const dictionary_t& arguments, name_t key, name_t& variable) {
+    return vorlen::get_value(arguments, key, variable);
+}
+
+bool Read(const dictionary_t& arguments, name_t key, vorlen::array_t& variable) {
+    return vorlen::get_value(arguments, key, variable);
+}
+
+bool Read(const dictionary_t& arguments, name_t key, dictionary_t& variable) {
+    return vorlen::get_value(arguments, key, variable);
+}
+
+bool ReadText(const dictionary_t& arguments, name_t key, std::string& variable) {
+    std::string text;
+    if (!vorlen::get_value(arguments, key, text))
+        return false;
+    variable = LocalizeString(text);
+    return true;
+}
+
 std::string Text(const dictionary_t& arguments, name_t key) {
     std::string text;
-    vorlen::get_value(arguments, key, text);
-    return LocalizeString(text);
+    ReadText(arguments, key, text);
+    return text;
 }
 
 name_t Cell(const dictionary_t& arguments, name_t key) {
     name_t cell;
-    vorlen::get_value(arguments, key, cell);
+    Read(arguments, key, cell);
     return cell;
 }
 
 double Number(const dictionary_t& arguments, name_t key, double fallback) {
-    vorlen::get_value(arguments, key, fallback);
+    Read(arguments, key, fallback);
     return fallback;
 }
 
 bool Boolean(const dictionary_t& arguments, name_t key, bool fallback) {
-    vorlen::get_value(arguments, key, fallback);
+    Read(arguments, key, fallback);
     return fallback;
 }
 
@@ -73,11 +118,16 @@ void WithDictionary(const dictionary_t& arguments, name_t key, const FactoryToke
     apply(found->second.cast<dictionary_t>());
 }
 
+void BindEnabled(const FactoryToken& token, name_t cell, std::function<void(bool)> view) {
+    if (cell)
+        token.GetAssemblage().BindEnabled(cell, std::move(view));
+}
+
 void BindEnabled(const FactoryToken& token, name_t cell, UI_Node* node) {
-    if (!cell || !node)
+    if (!node)
         return;
     qorcore::IntrusivePtr<UI_Node> kept(node);
-    token.GetAssemblage().BindEnabled(cell, [kept](bool enabled) { kept->UI_SetEnabled(enabled); });
+    BindEnabled(token, cell, [kept](bool enabled) { kept->UI_SetEnabled(enabled); });
 }
 
 } // namespace qormarltess::widget_support

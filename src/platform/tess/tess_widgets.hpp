@@ -23,6 +23,21 @@ std::shared_ptr<UI_TessNodeAdapterBase> MakeControlWidget(vorlen::name_t widget,
 
 namespace widget_support {
 
+/// The one reader of widget arguments, for the engine's widgets and the library's adapters
+/// alike: a key that is absent leaves the variable as it was and answers false; a value of
+/// another type raises `bad_cast`. Numbers of the engine are doubles; the narrower forms cut
+/// them for the controls.
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, double& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, float& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, int& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, bool& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, vorlen::name_t& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key, vorlen::array_t& variable);
+bool Read(const vorlen::dictionary_t& arguments, vorlen::name_t key,
+          vorlen::dictionary_t& variable);
+/// A text, through the localiser, so that "$$$/path/Key=Default" shows as the user's language.
+bool ReadText(const vorlen::dictionary_t& arguments, vorlen::name_t key, std::string& variable);
+
 /// A text argument, localised; "" when absent. Another type raises `bad_cast`.
 std::string Text(const vorlen::dictionary_t& arguments, vorlen::name_t key);
 /// The cell an argument names with `@cell`; the empty name when absent. Another type raises
@@ -44,7 +59,10 @@ std::pair<int, int> TextSize(std::string_view text, const qorui::penrig::Font& f
 void WithDictionary(const vorlen::dictionary_t& arguments, vorlen::name_t key,
                     const FactoryToken& token,
                     std::function<void(const vorlen::dictionary_t&)> apply);
-/// Enables `node` while the input `cell` counts (nothing for cells that are no inputs).
+/// Calls `view` with whether a control of the input `cell` should take input, now and whenever
+/// that changes. Nothing for an empty name or a cell that is no input.
+void BindEnabled(const FactoryToken& token, vorlen::name_t cell, std::function<void(bool)> view);
+/// Enables `node` while the input `cell` counts.
 void BindEnabled(const FactoryToken& token, vorlen::name_t cell, UI_Node* node);
 
 } // namespace widget_support
