@@ -492,7 +492,10 @@ int CurveEditor::MoveCurvePoint(int index, const PointT<float>& pixel,
 
     float px = std::floor(std::clamp(pixel.x, content.x, content.Right()) + 0.5f);
     const float py = std::floor(std::clamp(pixel.y, content.y, content.Bottom()) + 0.5f);
-    auto [nh, nv] = GetCoordinatePairForPixel({px, py});
+    // Plain variables, not a structured binding: the lambdas below capture them.
+    const auto pair = GetCoordinatePairForPixel({px, py});
+    double nh = pair.first;
+    double nv = pair.second;
     const CurvePoint current_point = curvePoints_[index];
     const double current = current_point.position.first;
     if (!IsPointMoveable(index, false))
