@@ -77,6 +77,9 @@ protected:
     void DrawSlash(qorui::Penrig* penrig, const qorcore::RectT<float>& rect) const;
 
 private:
+    // The control's value is its colour: the numeric value of a control stays out of reach.
+    using qorui::UI_InteractiveControlView::SetValue;
+
     void StoreColor(const ColorRGBA& color);
     void Select();
     void Fire(FieldSignal& signal);

@@ -3,6 +3,7 @@
 #include "framework/effect_catalogue.hpp"
 #include "framework/image_provider.hpp"
 #include "framework/resource_manager.hpp"
+#include "platform/ui/cursor_pictures.hpp"
 
 #include <dlfcn.h>
 
@@ -18,6 +19,8 @@ namespace {
 std::uint32_t useCount = 0;
 const qorui::penrig::SupplierInterface* drawSupplier = nullptr;
 ResourceManager* resourceManager = nullptr;
+constexpr int kFirstLibraryCursor = 200;
+constexpr int kLastLibraryCursor = 203;
 ImageProvider* imageProvider = nullptr;
 
 LibraryDependencies& Dependencies() {
@@ -77,6 +80,10 @@ void Initialize(const qorui::penrig::SupplierInterface* supplier) {
     } catch (const std::exception&) {
         imageProvider = nullptr;
     }
+    // The graphs' cursors (zoom on either ruler, add and move a point) are the library's own.
+    if (resourceManager)
+        for (int cursor = kFirstLibraryCursor; cursor <= kLastLibraryCursor; ++cursor)
+            resourceManager->MakeCursorFromPNG(cursor);
     ++useCount;
 }
 
@@ -87,6 +94,8 @@ void Terminate() {
         return;
     delete imageProvider;
     imageProvider = nullptr;
+    for (int cursor = kFirstLibraryCursor; cursor <= kLastLibraryCursor; ++cursor)
+        qorui::SetCursorPicture(cursor, {});
     delete resourceManager;
     resourceManager = nullptr;
     drawSupplier = nullptr;

@@ -1,14 +1,21 @@
 #include "framework/resource_manager.hpp"
 
 #include "framework/embedded_resources.hpp"
+#include "platform/draw/image.hpp"
+#include "platform/ui/cursor_pictures.hpp"
+
+#include <pugixml.hpp>
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
+#include <span>
 #include <system_error>
 
 namespace qoraudiofiltersui {
@@ -133,6 +140,64 @@ bool ResourceManager::RegisterEmbeddedResource(std::string_view name, std::strin
     EmbeddedTable& table = Embedded();
     std::lock_guard lock(table.mutex);
     return table.entries.emplace(std::make_pair(Upper(name), Upper(type)), bytes).second;
+}
+
+namespace {
+
+/// The hot spot of cursor data: the two numbers of the `kHotSpot` array of a version 1
+/// container; none when the document is not one.
+std::optional<qorcore::PointT<int>> ReadHotSpot(const std::vector<char>& data) {
+    pugi::xml_document document;
+    if (!document.load_buffer(data.data(), data.size()))
+        return std::nullopt;
+    const pugi::xml_node root = document.child("prop.map");
+    if (std::string_view(root.attribute("version").value()) != "1")
+        return std::nullopt;
+    for (const pugi::xml_node pair : root.child("prop.list").children("prop.pair")) {
+        if (std::string_view(pair.child_value("key")) != "kHotSpot")
+            continue;
+        std::vector<int> numbers;
+        for (const pugi::xml_node number : pair.child("array").children("int"))
+            numbers.push_back(number.text().as_int());
+        if (numbers.size() != 2)
+            return std::nullopt;
+        return qorcore::PointT<int>{numbers[0], numbers[1]};
+    }
+    return std::nullopt;
+}
+
+qorcore::IntrusivePtr<qorui::penrig::Image> ReadPNG(const std::vector<char>& bytes, float scale) {
+    try {
+        return qorui::penrig::Image::LoadPNG(
+            std::span<const std::uint8_t>(reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                                          bytes.size()),
+            scale);
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
+
+} // namespace
+
+bool ResourceManager::MakeCursorFromPNG(int cursorID) const {
+    const std::string number = std::to_string(cursorID);
+    std::vector<char> bytes;
+    if (!GetBinary("CURSORID-" + number, "png", bytes))
+        return false;
+    qorui::CursorPicture picture;
+    picture.picture = ReadPNG(bytes, 1.0f);
+    if (GetBinary("CURSORID-" + number + "_AT_2X", "png", bytes))
+        picture.picture2x = ReadPNG(bytes, 2.0f);
+    if (!picture.picture || !GetBinary("CURSORDATAID-" + number, "xml", bytes))
+        return false;
+    const std::optional<qorcore::PointT<int>> hotSpot = ReadHotSpot(bytes);
+    if (!hotSpot || hotSpot->x < 0 || hotSpot->y < 0 ||
+        hotSpot->x >= picture.picture->GetPixelWidth() ||
+        hotSpot->y >= picture.picture->GetPixelHeight())
+        return false;
+    picture.hotSpot = *hotSpot;
+    qorui::SetCursorPicture(cursorID, std::move(picture));
+    return true;
 }
 
 } // namespace qoraudiofiltersui

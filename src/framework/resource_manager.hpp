@@ -35,6 +35,12 @@ public:
     virtual bool GetBinary(std::string_view name, std::string_view type,
                            std::vector<char>& out) const;
     virtual bool HasBinary(std::string_view name, std::string_view type) const;
+    /// Reads cursor `cursorID` (200 to 203 are the library's): its pictures "CURSORID-<n>" (32
+    /// pixels) and "CURSORID-<n>_AT_2X" (64, may be absent) and the hot spot of its
+    /// "CURSORDATAID-<n>" data, and enters them into the toolkit's cursor table, so that a node
+    /// asking for that cursor number shows it. False when the picture or the data is missing or
+    /// unreadable, or the hot spot lies outside the picture; the table is left as it was then.
+    virtual bool MakeCursorFromPNG(int cursorID) const;
     /// The upper-case names of every resource of the type, sorted, without repeats.
     virtual std::vector<std::string> GetResourceDataNames(std::string_view type) const;
 

@@ -55,9 +55,9 @@ qorcore::IntrusivePtr<Image> CairoSupplier::CreateImageFromPNG(std::span<const s
     return Image::LoadPNG(data, imageScale);
 }
 
-qorcore::IntrusivePtr<Image>
-CairoSupplier::CreateImageFromSVG(std::span<const std::uint8_t> data) const {
-    return Image::LoadSVG(data, scale_);
+qorcore::IntrusivePtr<Image> CairoSupplier::CreateImageFromSVG(std::span<const std::uint8_t> data,
+                                                               float artworkScale) const {
+    return Image::LoadSVG(data, scale_, artworkScale);
 }
 
 } // namespace qorui::penrig

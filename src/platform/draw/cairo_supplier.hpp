@@ -17,8 +17,8 @@ public:
     qorcore::IntrusivePtr<Image> CreateImage(float width, float height) const override;
     qorcore::IntrusivePtr<Image> CreateImageFromPNG(std::span<const std::uint8_t> data,
                                                     float imageScale) const override;
-    qorcore::IntrusivePtr<Image>
-    CreateImageFromSVG(std::span<const std::uint8_t> data) const override;
+    qorcore::IntrusivePtr<Image> CreateImageFromSVG(std::span<const std::uint8_t> data,
+                                                    float artworkScale = 1.0f) const override;
 
 private:
     float scale_;

@@ -86,8 +86,10 @@ qorcore::IntrusivePtr<Image> Image::LoadPNGFile(const std::string& path, float s
     return qorcore::IntrusivePtr<Image>(new Image(Adopt(surface, ("PNG " + path).c_str()), scale));
 }
 
-qorcore::IntrusivePtr<Image> Image::LoadSVG(std::span<const std::uint8_t> data, float scale) {
+qorcore::IntrusivePtr<Image> Image::LoadSVG(std::span<const std::uint8_t> data, float scale,
+                                            float artworkScale) {
     CheckScale(scale);
+    CheckScale(artworkScale);
     GError* error = nullptr;
     RsvgHandle* handle = rsvg_handle_new_from_data(data.data(), data.size(), &error);
     if (!handle) {
@@ -109,13 +111,15 @@ qorcore::IntrusivePtr<Image> Image::LoadSVG(std::span<const std::uint8_t> data, 
             height = viewBox.height;
         }
     }
-    if (!(width > 0 && height > 0 && width * scale <= kMaxSide && height * scale <= kMaxSide)) {
+    const double pixels = scale / artworkScale; // device pixels per unit of the drawing
+    if (!(width > 0 && height > 0 && width * pixels <= kMaxSide && height * pixels <= kMaxSide)) {
         g_object_unref(handle);
         throw std::runtime_error("SVG: no usable size");
     }
-    auto image = Create(static_cast<float>(width), static_cast<float>(height), scale);
+    auto image = Create(static_cast<float>(width / artworkScale),
+                        static_cast<float>(height / artworkScale), scale);
     cairo_t* cr = cairo_create(image->surface_);
-    cairo_scale(cr, scale, scale);
+    cairo_scale(cr, pixels, pixels);
     const RsvgRectangle viewport{0, 0, width, height};
     const gboolean ok = rsvg_handle_render_document(handle, cr, &viewport, &error);
     cairo_destroy(cr);

@@ -24,10 +24,10 @@ public:
     static qorcore::IntrusivePtr<Image> LoadPNG(std::span<const std::uint8_t> data,
                                                 float scale = 1.0f);
     static qorcore::IntrusivePtr<Image> LoadPNGFile(const std::string& path, float scale = 1.0f);
-    /// Renders SVG data at its own size (its width and height, or else its view box) times
-    /// `scale`.
+    /// Renders SVG data at its own size (its width and height, or else its view box) divided by
+    /// `artworkScale` (2 for "_AT_2X" artwork, drawn at twice its logical size), times `scale`.
     static qorcore::IntrusivePtr<Image> LoadSVG(std::span<const std::uint8_t> data,
-                                                float scale = 1.0f);
+                                                float scale = 1.0f, float artworkScale = 1.0f);
 
     int GetPixelWidth() const;
     int GetPixelHeight() const;

@@ -33,9 +33,10 @@ public:
     /// PNG data drawn for `imageScale` (2 for "@2x" artwork). Throws std::runtime_error.
     virtual qorcore::IntrusivePtr<Image> CreateImageFromPNG(std::span<const std::uint8_t> data,
                                                             float imageScale = 1.0f) const = 0;
-    /// SVG data rendered at the supplier's scale. Throws std::runtime_error.
-    virtual qorcore::IntrusivePtr<Image>
-    CreateImageFromSVG(std::span<const std::uint8_t> data) const = 0;
+    /// SVG data rendered at the supplier's scale; `artworkScale` as for PNG (2 for "_AT_2X"
+    /// artwork). Throws std::runtime_error.
+    virtual qorcore::IntrusivePtr<Image> CreateImageFromSVG(std::span<const std::uint8_t> data,
+                                                            float artworkScale = 1.0f) const = 0;
 };
 
 } // namespace qorui::penrig

@@ -1,5 +1,7 @@
 #include "platform/sdl/sdl_window.hpp"
 
+#include "platform/ui/cursor_pictures.hpp"
+
 #include "platform/core/trace.hpp"
 
 #include "platform/core/main_thread_queue.hpp"
@@ -108,6 +110,8 @@ SDL_SystemCursor SystemCursor(int cursor) {
     case 6: return SDL_SYSTEM_CURSOR_SIZENS;
     case 7: return SDL_SYSTEM_CURSOR_SIZEALL;
     case 8: return SDL_SYSTEM_CURSOR_NO;
+    case 13: return SDL_SYSTEM_CURSOR_HAND;    // an open hand: what can be dragged
+    case 14: return SDL_SYSTEM_CURSOR_SIZEALL; // a closed hand: what is being dragged
     default: return SDL_SYSTEM_CURSOR_ARROW;
     }
 }
@@ -317,12 +321,51 @@ qorcore::ColorRGBA SdlWindow::ReadPixel(int x, int y) const {
 }
 
 void SdlWindow::OnCursorChanged(int cursor) {
-    const SDL_SystemCursor id = SystemCursor(cursor);
-    auto it = cursors_.find(int(id));
+    // A picture entered for the number wins; else the system cursor that means the same. The
+    // key keeps the two kinds apart: pictures by their number, system cursors below zero.
+    const CursorPicture* picture = FindCursorPicture(cursor);
+    const int key = picture ? cursor : -1 - int(SystemCursor(cursor));
+    auto it = cursors_.find(key);
     if (it == cursors_.end())
-        it = cursors_.emplace(int(id), SDL_CreateSystemCursor(id)).first;
+        it = cursors_
+                 .emplace(key, picture ? MakePictureCursor(*picture)
+                                       : SDL_CreateSystemCursor(SystemCursor(cursor)))
+                 .first;
     if (it->second)
         SDL_SetCursor(it->second);
+}
+
+SDL_Cursor* SdlWindow::MakePictureCursor(const CursorPicture& picture) const {
+    // The window's density picks the bitmap, and the hot spot scales with it.
+    const bool twice = GetScaleFactor() >= 2.0f && picture.picture2x;
+    const penrig::Image& image = twice ? *picture.picture2x : *picture.picture;
+    const int factor = twice ? 2 : 1;
+    const int w = image.GetPixelWidth();
+    const int h = image.GetPixelHeight();
+    SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, w, h, 32, SDL_PIXELFORMAT_ARGB8888);
+    if (!surface)
+        return nullptr;
+    for (int y = 0; y < h; ++y) {
+        auto* row = reinterpret_cast<std::uint32_t*>(static_cast<unsigned char*>(surface->pixels) +
+                                                     y * surface->pitch);
+        for (int x = 0; x < w; ++x) {
+            const qorcore::ColorRGBA c = image.GetPixel(x, y);
+            row[x] = SDL_MapRGBA(surface->format, std::uint8_t(c.red * 255.0f + 0.5f),
+                                 std::uint8_t(c.green * 255.0f + 0.5f),
+                                 std::uint8_t(c.blue * 255.0f + 0.5f),
+                                 std::uint8_t(c.alpha * 255.0f + 0.5f));
+        }
+    }
+    SDL_Cursor* cursor =
+        SDL_CreateColorCursor(surface, picture.hotSpot.x * factor, picture.hotSpot.y * factor);
+    SDL_FreeSurface(surface);
+    return cursor;
+}
+
+SDL_Cursor* SdlWindow::GetShownCursor(int cursor) const {
+    const CursorPicture* picture = FindCursorPicture(cursor);
+    const auto found = cursors_.find(picture ? cursor : -1 - int(SystemCursor(cursor)));
+    return found == cursors_.end() ? nullptr : found->second;
 }
 
 } // namespace qorui

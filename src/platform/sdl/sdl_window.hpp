@@ -14,6 +14,8 @@ union SDL_Event;
 
 namespace qorui {
 
+struct CursorPicture;
+
 /// The node tree in a real SDL2 window: drawn into an image at the scale factor, dirty areas
 /// copied to the window's surface, with the mouse, the keyboard, real-time timers and the
 /// main-thread queue driving it. One thread (the main one) runs it.
@@ -42,6 +44,9 @@ public:
     std::uint32_t GetWindowID() const;
     /// A device pixel as presented on the window's surface.
     qorcore::ColorRGBA ReadPixel(int x, int y) const;
+    /// The SDL cursor the window made for a cursor number (a picture entered with
+    /// `SetCursorPicture`, else the system cursor of that meaning); null before it was shown.
+    SDL_Cursor* GetShownCursor(int cursor) const;
     /// How many times dirty areas were presented, and the areas of the last time.
     int GetPresentCount() const { return presentCount_; }
     const std::vector<RectT<float>>& GetLastPresentedRects() const { return lastPresented_; }
@@ -58,6 +63,8 @@ private:
     SDL_Window* window_ = nullptr;
     IntrusivePtr<penrig::Image> image_;
     std::unique_ptr<Penrig> penrig_;
+    SDL_Cursor* MakePictureCursor(const CursorPicture& picture) const;
+
     std::map<int, SDL_Cursor*> cursors_;
     PointT<float> lastPointer_;
     bool open_ = true;

@@ -80,11 +80,6 @@ TEST(HostEditorViewBase, OpensHandsFocusAndReportsContent) {
     ASSERT_TRUE(view->DispatchKeyboardFocus(true));
     EXPECT_EQ(window.GetFocusNode(), first.get());
 
-    view->OpenEditor();
-    EXPECT_TRUE(view->IsEditorOpen());
-    view->CloseEditor();
-    EXPECT_FALSE(view->IsEditorOpen());
-
     int sizeChanges = 0;
     auto connection = view->ConnectContentSizeChanged([&] { ++sizeChanges; });
     view->SendContentSizeChangedSignal();

@@ -17,49 +17,51 @@ namespace {
 
 constexpr float kMinus6 = -6.0206f; // 20 log10(0.5)
 
-// A one-channel vertical meter from -60 to 0 dB, 1.5 s hold, 20 dB/s fall, no ruler.
-IntrusivePtr<UI_LevelMeterView> MakeMeter(HeadlessWindow& window,
-                                          LevelMeterKind kind = LevelMeterKind::kInput) {
-    auto meter = qorcore::MakeIntrusive<UI_LevelMeterView>(1, LevelMeterOrientation::kVertical,
-                                                           kind, 20.0f, 125.0f);
-    meter->SetPosition(10, 10);
-    meter->SetShowRuler(false);
-    window.AddNode(meter);
-    return meter;
-}
+// A one-channel vertical meter at (10, 10) from -60 to 0 dB, 1.5 s hold, 20 dB/s fall, no ruler.
+class LevelMeterTest : public ::testing::Test {
+protected:
+    void Make(LevelMeterKind kind = LevelMeterKind::kInput) {
+        meter = qorcore::MakeIntrusive<UI_LevelMeterView>(1, LevelMeterOrientation::kVertical, kind,
+                                                          20.0f, 125.0f);
+        meter->SetPosition(10, 10);
+        meter->SetShowRuler(false);
+        window.AddNode(meter);
+    }
+    // Whether the pixel is brighter than the meter's dark track.
+    bool Lit(float x, float y) {
+        const auto c = window.GetPixel(int(x), int(y));
+        return c.red + c.green + c.blue > 0.9f;
+    }
+    // The middle of the channel, across, in window coordinates.
+    float CentreX() { return 10 + meter->GetChannelRect(0).x + meter->GetChannelRect(0).width / 2; }
 
-// Whether the device pixel is brighter than the meter's dark track.
-bool Lit(HeadlessWindow& window, float x, float y) {
-    const auto c =
-        window.GetPixel(int(x * window.GetScaleFactor()), int(y * window.GetScaleFactor()));
-    return c.red + c.green + c.blue > 0.9f;
-}
+    HeadlessWindow window{60, 150};
+    IntrusivePtr<UI_LevelMeterView> meter;
+};
 
-TEST(LevelMeterTest, PeaksHoldThenFallOnTheVirtualClock) {
-    HeadlessWindow window(60, 150);
-    auto meter = MakeMeter(window);
+TEST_F(LevelMeterTest, PeaksHoldThenFallOnTheVirtualClock) {
+    Make();
     meter->SetLevel(0.5f, true);
     meter->SetLevel(0.01f, true); // -40 dB
     EXPECT_NEAR(meter->GetLevelDB(0), -40.0f, 1e-3);
     EXPECT_NEAR(meter->GetPeakDB(0), kMinus6, 1e-3);
 
     window.RenderAll();
-    const RectT<float> r = meter->GetChannelRect(0);
-    const float cx = 10 + r.x + r.width / 2;
+    const float cx = CentreX();
     auto yOf = [&](float dB) {
         return 10 + meter->GetBarRect(0, dB).y;
     };
-    EXPECT_TRUE(Lit(window, cx, yOf(kMinus6) + 0.5f)) << "peak mark at -6 dB";
-    EXPECT_FALSE(Lit(window, cx, yOf(-20.0f))) << "nothing between the peak and the level";
-    EXPECT_TRUE(Lit(window, cx, yOf(-45.0f))) << "the bar up to -40 dB";
+    EXPECT_TRUE(Lit(cx, yOf(kMinus6) + 0.5f)) << "peak mark at -6 dB";
+    EXPECT_FALSE(Lit(cx, yOf(-20.0f))) << "nothing between the peak and the level";
+    EXPECT_TRUE(Lit(cx, yOf(-45.0f))) << "the bar up to -40 dB";
 
     window.AdvanceTime(1.0); // still holding
     EXPECT_NEAR(meter->GetPeakDB(0), kMinus6, 1e-3);
     window.AdvanceTime(1.0); // 0.5 s of falling at 20 dB/s
     EXPECT_NEAR(meter->GetPeakDB(0), kMinus6 - 10.0f, 0.05);
     window.Render();
-    EXPECT_FALSE(Lit(window, cx, yOf(kMinus6) + 0.5f)) << "the mark left its old place";
-    EXPECT_TRUE(Lit(window, cx, yOf(kMinus6 - 10.0f) + 0.5f)) << "and was redrawn by the timer";
+    EXPECT_FALSE(Lit(cx, yOf(kMinus6) + 0.5f)) << "the mark left its old place";
+    EXPECT_TRUE(Lit(cx, yOf(kMinus6 - 10.0f) + 0.5f)) << "and was redrawn by the timer";
 
     window.AdvanceTime(5.0); // down to the level, where it rests
     EXPECT_NEAR(meter->GetPeakDB(0), -40.0f, 1e-3);
@@ -74,9 +76,8 @@ TEST(LevelMeterTest, PeaksHoldThenFallOnTheVirtualClock) {
     EXPECT_NEAR(meter->GetPeakDB(0), -20.0f, 1e-3);
 }
 
-TEST(LevelMeterTest, ValleysRiseBackAndNoLevelEmptiesTheBar) {
-    HeadlessWindow window(60, 150);
-    auto meter = MakeMeter(window);
+TEST_F(LevelMeterTest, ValleysRiseBackAndNoLevelEmptiesTheBar) {
+    Make();
     meter->SetShowValley(true);
     meter->SetLevel(0.1f);   // -20
     meter->SetLevel(0.001f); // -60
@@ -99,9 +100,8 @@ TEST(LevelMeterTest, ValleysRiseBackAndNoLevelEmptiesTheBar) {
     EXPECT_FLOAT_EQ(meter->GetLevelDB(0), 0.0f);
 }
 
-TEST(LevelMeterTest, ClipIndicatorsLatchUntilResetOrClicked) {
-    HeadlessWindow window(60, 150);
-    auto meter = MakeMeter(window);
+TEST_F(LevelMeterTest, ClipIndicatorsLatchUntilResetOrClicked) {
+    Make();
     int changes = 0;
     bool last = false;
     auto connection = meter->GetClipStateChangedSignal().Connect([&](bool any) {
@@ -139,9 +139,8 @@ TEST(LevelMeterTest, ClipIndicatorsLatchUntilResetOrClicked) {
     EXPECT_FALSE(meter->IsClipped(0));
 }
 
-TEST(LevelMeterTest, GainReductionGrowsFromTheTop) {
-    HeadlessWindow window(60, 150);
-    auto meter = MakeMeter(window, LevelMeterKind::kGainReduction);
+TEST_F(LevelMeterTest, GainReductionGrowsFromTheTop) {
+    Make(LevelMeterKind::kGainReduction);
     meter->SetMinMaxDBValues(-48.0f, 0.0f);
     meter->SetLevel(1.0f, true); // no reduction
     const RectT<float> r = meter->GetChannelRect(0);
@@ -151,9 +150,8 @@ TEST(LevelMeterTest, GainReductionGrowsFromTheTop) {
     EXPECT_FLOAT_EQ(bar.y, r.y);
     EXPECT_NEAR(bar.height, r.height / 4, 1.0f);
     window.RenderAll();
-    const float cx = 10 + r.x + r.width / 2;
-    EXPECT_TRUE(Lit(window, cx, 10 + r.y + 3));
-    EXPECT_FALSE(Lit(window, cx, 10 + r.y + r.height - 3));
+    EXPECT_TRUE(Lit(CentreX(), 10 + r.y + 3));
+    EXPECT_FALSE(Lit(CentreX(), 10 + r.y + r.height - 3));
     // The peak is the deepest reduction and returns upwards; gain reduction never clips.
     meter->SetLevel(1.0f);
     EXPECT_NEAR(meter->GetPeakDB(0), -12.04f, 0.01);
@@ -163,9 +161,9 @@ TEST(LevelMeterTest, GainReductionGrowsFromTheTop) {
     EXPECT_FALSE(meter->IsClipped(0));
 }
 
-TEST(LevelMeterTest, GroupsChannelsAndRejectsBadInput) {
-    auto meter = qorcore::MakeIntrusive<UI_LevelMeterView>(0, LevelMeterOrientation::kHorizontal,
-                                                           LevelMeterKind::kOutput, 200.0f, 40.0f);
+TEST_F(LevelMeterTest, GroupsChannelsAndRejectsBadInput) {
+    meter = qorcore::MakeIntrusive<UI_LevelMeterView>(0, LevelMeterOrientation::kHorizontal,
+                                                      LevelMeterKind::kOutput, 200.0f, 40.0f);
     EXPECT_EQ(meter->GetChannelCount(), 0u);
     meter->AddMeter(2, 1, "Out");
     meter->AddMeter(1, 3, "GR");
@@ -207,9 +205,8 @@ TEST(LevelMeterTest, GroupsChannelsAndRejectsBadInput) {
     EXPECT_EQ(meter->GetChannelCount(), 0u);
 }
 
-TEST(LevelMeterTest, ZonesFollowCautionWarningAndCustomColors) {
-    HeadlessWindow window(60, 150);
-    auto meter = MakeMeter(window);
+TEST_F(LevelMeterTest, ZonesFollowCautionWarningAndCustomColors) {
+    Make();
     LevelMeterSettings s = meter->GetSettings();
     s.showGradient = false;
     s.cautionLevel = -30.0f;
@@ -218,14 +215,11 @@ TEST(LevelMeterTest, ZonesFollowCautionWarningAndCustomColors) {
     meter->SetCustomColors({1, 0, 0, 1}, {1, 1, 0, 1}, {0, 1, 0, 1});
     meter->SetLevel(1.0f, true);
     window.RenderAll();
-    const RectT<float> r = meter->GetChannelRect(0);
-    const int cx = int(10 + r.x + r.width / 2);
-    auto at = [&](float dB) {
-        return window.GetPixel(cx, int(10 + meter->GetBarRect(0, dB).y));
-    };
-    EXPECT_EQ(at(-45.0f), qorcore::ColorRGBA(0, 1, 0, 1));
-    EXPECT_EQ(at(-20.0f), qorcore::ColorRGBA(1, 1, 0, 1));
-    EXPECT_EQ(at(-5.0f), qorcore::ColorRGBA(1, 0, 0, 1));
+    for (auto [dB, colour] : {std::pair{-45.0f, qorcore::ColorRGBA(0, 1, 0, 1)},
+                              {-20.0f, qorcore::ColorRGBA(1, 1, 0, 1)},
+                              {-5.0f, qorcore::ColorRGBA(1, 0, 0, 1)}})
+        EXPECT_EQ(window.GetPixel(int(CentreX()), int(10 + meter->GetBarRect(0, dB).y)), colour)
+            << dB;
 }
 
 void CheckMeterGolden(skins::Skin skin, float scale) {

@@ -30,10 +30,17 @@ void ExpectEvenSteps(const std::vector<double>& values, double step) {
         EXPECT_NEAR(values[i] - values[i - 1], step, step * 1e-9);
 }
 
+// A ruler of the given kind mapping pixels p1..p2 to values v1..v2.
+template <class Ruler, class... Args>
+IntrusivePtr<Ruler> Make(int p1, int p2, double v1, double v2, Args... args) {
+    auto ruler = qorcore::MakeIntrusive<Ruler>(args...);
+    ruler->SetPixelRange(p1, p2);
+    ruler->SetValueRange(v1, v2);
+    return ruler;
+}
+
 TEST(RulerMappingTest, LinearMapsBothWaysInEitherDirection) {
-    auto ruler = qorcore::MakeIntrusive<LinearRuler>();
-    ruler->SetPixelRange(10, 210);
-    ruler->SetValueRange(-1.0, 1.0);
+    auto ruler = Make<LinearRuler>(10, 210, -1.0, 1.0);
     EXPECT_EQ(ruler->GetPixelFromValue(-1.0), 10);
     EXPECT_EQ(ruler->GetPixelFromValue(0.0), 110);
     EXPECT_EQ(ruler->GetPixelFromValue(1.0), 210);
@@ -61,9 +68,7 @@ TEST(RulerMappingTest, LinearMapsBothWaysInEitherDirection) {
 }
 
 TEST(RulerMappingTest, LogAndFaderMapThroughTheirCurves) {
-    auto log = qorcore::MakeIntrusive<LogRuler>();
-    log->SetPixelRange(0, 300);
-    log->SetValueRange(20.0, 20000.0);
+    auto log = Make<LogRuler>(0, 300, 20.0, 20000.0);
     EXPECT_EQ(log->GetPixelFromValue(200.0), 100); // one decade of three
     EXPECT_EQ(log->GetPixelFromValue(2000.0), 200);
     EXPECT_NEAR(log->GetValueFromPixel(150), std::sqrt(200.0 * 2000.0), 1e-6);
@@ -74,9 +79,7 @@ TEST(RulerMappingTest, LogAndFaderMapThroughTheirCurves) {
     EXPECT_THROW(log->SetLogStep(1.0), std::invalid_argument);
     EXPECT_THROW(log->SetLogSeed(-1.0), std::invalid_argument);
 
-    auto fader = qorcore::MakeIntrusive<DecibelRuler>(DecibelRuler::kStyleFader);
-    fader->SetPixelRange(200, 0);
-    fader->SetValueRange(-96.0, 12.0);
+    auto fader = Make<DecibelRuler>(200, 0, -96.0, 12.0, DecibelRuler::kStyleFader);
     const int zero = fader->GetPixelFromValue(0.0);
     // 0 dB sits high on a fader, yet the top twelve decibels get far more travel than the
     // 22 pixels a linear scale would give them.
@@ -88,9 +91,7 @@ TEST(RulerMappingTest, LogAndFaderMapThroughTheirCurves) {
 }
 
 TEST(RulerTicksTest, LinearTicksAreRoundAndReadableForAnyRange) {
-    auto ruler = qorcore::MakeIntrusive<LinearRuler>();
-    ruler->SetPixelRange(0, 400);
-    ruler->SetValueRange(0.0, 100.0);
+    auto ruler = Make<LinearRuler>(0, 400, 0.0, 100.0);
     EXPECT_EQ(ruler->GetMajorValues(), (std::vector<double>{0, 20, 40, 60, 80, 100}));
     // Four parts to a step of 20: with the majors, every 5.
     std::vector<double> all = ruler->GetMinorValues();
@@ -136,9 +137,7 @@ TEST(RulerTicksTest, LinearTicksAreRoundAndReadableForAnyRange) {
 }
 
 TEST(RulerTicksTest, CustomValuesReplaceComputedTicks) {
-    auto ruler = qorcore::MakeIntrusive<LinearRuler>();
-    ruler->SetPixelRange(0, 200);
-    ruler->SetValueRange(-60, 0);
+    auto ruler = Make<LinearRuler>(0, 200, -60, 0);
     ruler->SetCustomValues({-60, -23, -18, -9, 0, 5}, 1.0);
     EXPECT_EQ(ruler->GetMajorValues(), (std::vector<double>{-60, -23, -18, -9, 0}));
     EXPECT_TRUE(ruler->GetMinorValues().empty());
@@ -150,9 +149,7 @@ TEST(RulerTicksTest, CustomValuesReplaceComputedTicks) {
 }
 
 TEST(RulerTicksTest, LogTicksFollowDecadesAndFillInWithRoom) {
-    auto ruler = qorcore::MakeIntrusive<LogRuler>();
-    ruler->SetPixelRange(0, 600);
-    ruler->SetValueRange(20, 20000);
+    auto ruler = Make<LogRuler>(0, 600, 20, 20000);
     const auto majors = ruler->GetMajorValues();
     EXPECT_EQ(majors, (std::vector<double>{20, 50, 100, 200, 500, 1000, 2000, 5000, 10000, 20000}));
     ExpectSpacing(ruler->GetMajorPixels(), 48);
@@ -176,16 +173,12 @@ TEST(RulerTicksTest, LogTicksFollowDecadesAndFillInWithRoom) {
 }
 
 TEST(RulerTicksTest, DecibelTicksInBothStyles) {
-    auto linear = qorcore::MakeIntrusive<DecibelRuler>();
+    auto linear = Make<DecibelRuler>(0, 240, 12, -48);
     linear->SetVertical(true);
-    linear->SetPixelRange(0, 240);
-    linear->SetValueRange(12, -48);
     EXPECT_EQ(linear->GetMajorValues(),
               (std::vector<double>{-48, -42, -36, -30, -24, -18, -12, -6, 0, 6, 12}));
-    auto fader = qorcore::MakeIntrusive<DecibelRuler>(DecibelRuler::kStyleFader);
+    auto fader = Make<DecibelRuler>(300, 0, -96, 12, DecibelRuler::kStyleFader);
     fader->SetVertical(true);
-    fader->SetPixelRange(300, 0);
-    fader->SetValueRange(-96, 12);
     const auto majors = fader->GetMajorValues();
     EXPECT_NE(std::find(majors.begin(), majors.end(), 0.0), majors.end());
     EXPECT_NE(std::find(majors.begin(), majors.end(), 12.0), majors.end());

@@ -4,6 +4,7 @@
 #include "platform/core/trace.hpp"
 #include "platform/draw/penrig.hpp"
 #include "platform/sdl/sdl_window.hpp"
+#include "platform/ui/cursor_pictures.hpp"
 #include "platform/ui/test_nodes.hpp"
 
 #include <SDL.h>
@@ -183,4 +184,30 @@ TEST_F(SdlWindowTest, AFailingHandlerIsTracedAndTheWindowGoesOn) {
     EXPECT_TRUE(open);
     ASSERT_EQ(traces.size(), 1u);
     EXPECT_EQ(traces[0], "event: Invalid type conversion.\n");
+}
+
+TEST_F(SdlWindowTest, TheCursorANodeAsksForIsShownAsItsPictureOrTheSystems) {
+    // A picture entered for a number is shown with its hot spot at the window's density; other
+    // numbers are the system cursors of the same meaning.
+    qorui::SetCursorPicture(
+        250, {penrig::Image::Create(32, 32, 1.0f), penrig::Image::Create(32, 32, 2.0f), {3, 4}});
+    for (const float scale : {1.0f, 2.0f}) {
+        SdlWindow window("qafui test", 100, 100, scale);
+        auto node = MakeNode("node", {0, 0, 100, 100});
+        window.AddNode(node);
+        const int s = int(scale);
+        node->cursor = 250;
+        Push(window, SDL_MOUSEMOTION, 10 * s, 10 * s);
+        window.ProcessEvents(50);
+        ASSERT_NE(window.GetShownCursor(250), nullptr) << scale;
+        EXPECT_EQ(SDL_GetCursor(), window.GetShownCursor(250)) << scale;
+        node->cursor = 4; // the hand
+        Push(window, SDL_MOUSEMOTION, 20 * s, 20 * s);
+        window.ProcessEvents(50);
+        ASSERT_NE(window.GetShownCursor(4), nullptr);
+        EXPECT_EQ(SDL_GetCursor(), window.GetShownCursor(4));
+        EXPECT_NE(window.GetShownCursor(4), window.GetShownCursor(250));
+    }
+    qorui::SetCursorPicture(250, {});
+    EXPECT_EQ(qorui::FindCursorPicture(250), nullptr);
 }

@@ -86,15 +86,15 @@ TEST(TessBinding, TwoStateControlsFollowTheirCellsAndWriteThem) {
 
     auto& a = As<qorui::UI_RadioButton>(scene.Control("ModeA"));
     auto& b = As<qorui::UI_RadioButton>(scene.Control("ModeB"));
-    EXPECT_TRUE(b.IsChecked());
-    EXPECT_FALSE(a.IsChecked());
+    auto checked = [&] {
+        return std::pair(a.IsChecked(), b.IsChecked());
+    };
+    EXPECT_EQ(checked(), std::pair(false, true));
     scene.Click("ModeA");
     EXPECT_EQ(scene.Get("mode"), any_regular_t(0.0));
-    EXPECT_TRUE(a.IsChecked());
-    EXPECT_FALSE(b.IsChecked());
+    EXPECT_EQ(checked(), std::pair(true, false));
     scene.Set("mode", any_regular_t(1.0));
-    EXPECT_TRUE(b.IsChecked());
-    EXPECT_FALSE(a.IsChecked());
+    EXPECT_EQ(checked(), std::pair(false, true));
 }
 
 TEST(TessBinding, ChoicesTextsAndNumbersShowTheirCells) {
@@ -158,22 +158,23 @@ TEST(TessBinding, OptionalPanelsComeAndGoWithANewLayout) {
 TEST(TessBinding, TabsShowThePanelOfTheirValue) {
     TessScene scene(kSheet, kLayout);
     auto& tabs = As<qorui::UI_TabGroup>(scene.Control("Tabs"));
+    auto shown = [&] {
+        return std::pair(scene.Control("First").IsShown(), scene.Control("Second").IsShown());
+    };
     EXPECT_EQ(tabs.GetSelectedTab(), 0);
-    EXPECT_TRUE(scene.Control("First").IsShown());
-    EXPECT_FALSE(scene.Control("Second").IsShown());
+    EXPECT_EQ(shown(), std::pair(true, false));
 
     const auto tab = tabs.UI_LocalToGlobalF(tabs.GetTabRect(1));
     scene.window->Click(tab.x + tab.width / 2, tab.y + tab.height / 2);
     EXPECT_EQ(scene.Get("tab"), any_regular_t(1.0));
-    EXPECT_FALSE(scene.Control("First").IsShown());
-    EXPECT_TRUE(scene.Control("Second").IsShown());
+    EXPECT_EQ(shown(), std::pair(false, true));
     // The second page sits where the first did: both panels overlay the tab group's area.
     EXPECT_EQ(scene.Control("Second").UI_LocalToGlobalF(qorcore::PointT<float>{0, 0}).y,
               tabs.UI_LocalToGlobalF(qorcore::PointT<float>{0, tabs.GetTabHeight()}).y);
 
     scene.Set("tab", any_regular_t(0.0));
     EXPECT_EQ(tabs.GetSelectedTab(), 0);
-    EXPECT_TRUE(scene.Control("First").IsShown());
+    EXPECT_EQ(shown(), std::pair(true, false));
 }
 
 TEST(TessBinding, WidgetsArePlacedByTheSolverInsideTheirContainers) {
@@ -308,10 +309,6 @@ TEST(TessBinding, InsertedLayoutsKeepTheirOwnCellsAndUniqueIdentifiers) {
     EXPECT_FALSE(As<qorui::UI_Checkbox>(scene.Control("Band1_On")).IsChecked());
     EXPECT_GT(scene.Control("Band2_Name").GetFrame().y, scene.Control("Band1_On").GetFrame().y);
 }
-
-} // namespace
-
-namespace {
 
 TEST(TessBinding, ControlsAreEnabledWhileTheirCellCounts) {
     TessScene scene(R"(sheet E {

@@ -9,27 +9,23 @@
 
 using namespace qorui;
 using qafui_testing::MakeNode;
-using qafui_testing::RecordingNode;
+using Strings = std::vector<std::string>;
 
 TEST(NodeTree, ChildrenKeepOrderAndRefuseCycles) {
     auto parent = MakeNode("p", {0, 0, 100, 100});
-    auto a = MakeNode("a", {0, 0, 10, 10});
-    auto b = MakeNode("b", {0, 0, 10, 10});
-    auto c = MakeNode("c", {0, 0, 10, 10});
+    auto a = MakeNode("a", {0, 0, 10, 10}), b = MakeNode("b", {}), c = MakeNode("c", {});
     parent->ChildPushBack(a);
     parent->ChildPushBack(c);
     parent->ChildInsert(1, b);
     ASSERT_EQ(parent->GetChildCount(), 3u);
-    EXPECT_EQ(parent->GetChildAt(0), a.get());
-    EXPECT_EQ(parent->GetChildAt(1), b.get());
-    EXPECT_EQ(parent->GetChildAt(2), c.get());
-    EXPECT_EQ(parent->GetChildAt(3), nullptr);
+    EXPECT_EQ((std::vector<UI_Node*>{parent->GetChildAt(0), parent->GetChildAt(1),
+                                     parent->GetChildAt(2), parent->GetChildAt(3)}),
+              (std::vector<UI_Node*>{a.get(), b.get(), c.get(), nullptr}));
     EXPECT_EQ(b->GetParent(), parent.get());
-    // Re-inserting a child moves it without notifications.
     a->changes.clear();
     parent->ChildInsert(3, a);
     EXPECT_EQ(parent->GetChildAt(2), a.get());
-    EXPECT_TRUE(a->changes.empty());
+    EXPECT_TRUE(a->changes.empty()) << "re-inserting a child moves it without notifications";
 
     EXPECT_THROW(parent->ChildPushBack(nullptr), std::invalid_argument);
     EXPECT_THROW(parent->ChildPushBack(parent), std::invalid_argument);
@@ -48,38 +44,31 @@ TEST(NodeTree, ChildrenKeepOrderAndRefuseCycles) {
 }
 
 TEST(NodeTree, NotificationsFollowTheFixedNumbering) {
-    std::vector<std::string> log;
+    Strings log;
     HeadlessWindow window(100, 100);
     auto view = MakeNode("view", {0, 0, 50, 50}, &log);
     auto child = MakeNode("child", {0, 0, 10, 10}, &log);
+    // Each step, then the notifications it sends.
+    auto expect = [&](const Strings& sent, const char* what) {
+        EXPECT_EQ(log, sent) << what;
+        log.clear();
+    };
     view->ChildPushBack(child);
-    EXPECT_EQ(log, (std::vector<std::string>{"child:change0", "child:change1"}))
-        << "outside a window there is no window change";
-    log.clear();
-
+    expect({"child:change0", "child:change1"}, "outside a window there is no window change");
     window.AddNode(view);
-    EXPECT_EQ(log, (std::vector<std::string>{"view:change0", "view:change3", "child:change3",
-                                             "view:change1"}));
+    expect({"view:change0", "view:change3", "child:change3", "view:change1"}, "added to a window");
     EXPECT_EQ(child->GetWindow(), &window);
-    log.clear();
-
     view->UI_SetVisible(false);
-    EXPECT_EQ(log, (std::vector<std::string>{"view:change4", "child:change4"}));
     view->UI_SetVisible(false);
-    EXPECT_EQ(log.size(), 2u) << "no change, no notification";
-    log.clear();
-
-    // Moving to another parent in the window: removal, then addition.
+    expect({"view:change4", "child:change4"}, "hidden once: no change, no notification");
     auto other = MakeNode("other", {50, 50, 50, 50}, &log);
     window.AddNode(other);
     log.clear();
     other->ChildPushBack(child);
-    EXPECT_EQ(log, (std::vector<std::string>{"child:change2", "child:change3", "child:change0",
-                                             "child:change3", "child:change1"}));
-    log.clear();
-
+    expect({"child:change2", "child:change3", "child:change0", "child:change3", "child:change1"},
+           "moving to another parent in the window: removal, then addition");
     window.GetRoot()->ChildRemove(other.get());
-    EXPECT_EQ(log, (std::vector<std::string>{"other:change2", "other:change3", "child:change3"}));
+    expect({"other:change2", "other:change3", "child:change3"}, "removed from the window");
     EXPECT_EQ(child->GetWindow(), nullptr);
 }
 
@@ -101,23 +90,23 @@ TEST(NodeTree, ParentEventRecipientExistsOnlyInAWindow) {
 }
 
 TEST(NodeTree, CoordinatesConvertThroughNestedFrames) {
+    using P = PointT<float>;
     HeadlessWindow window(200, 200);
     auto outer = MakeNode("outer", {10, 20, 150, 150});
     auto inner = MakeNode("inner", {5, 7, 50, 50});
     outer->ChildPushBack(inner);
     window.AddNode(outer);
-    EXPECT_EQ(inner->UI_LocalToGlobalF(PointT<float>(1, 1)), PointT<float>(16, 28));
-    EXPECT_EQ(inner->UI_GlobalToLocalF(PointT<float>(16, 28)), PointT<float>(1, 1));
+    EXPECT_EQ(inner->UI_LocalToGlobalF(P(1, 1)), P(16, 28));
+    EXPECT_EQ(inner->UI_GlobalToLocalF(P(16, 28)), P(1, 1));
     EXPECT_EQ(inner->UI_LocalToGlobalF(RectT<float>(0, 0, 5, 5)), RectT<float>(15, 27, 5, 5));
-    const auto toOuter = inner->UI_GetSelfToSpecificParentMatrix(outer.get());
-    EXPECT_EQ(toOuter.Apply(PointT<float>(0, 0)), PointT<float>(5, 7));
+    EXPECT_EQ(inner->UI_GetSelfToSpecificParentMatrix(outer.get()).Apply(P(0, 0)), P(5, 7));
     const auto toWindow = inner->UI_GetSelfToSpecificParentMatrix(nullptr);
-    EXPECT_EQ(toWindow.Apply(PointT<float>(0, 0)), PointT<float>(15, 27));
+    EXPECT_EQ(toWindow.Apply(P(0, 0)), P(15, 27));
     auto stranger = MakeNode("stranger", {});
     EXPECT_EQ(inner->UI_GetSelfToSpecificParentMatrix(stranger.get()), toWindow);
 }
 
-TEST(NodeTree, FramesAreSanitisedAndSizeChangesReported) {
+TEST(NodeTree, FramesAreSanitisedSizeChangesReportedAndUserStateBitsKept) {
     auto node = MakeNode("n", {0, 0, 10, 10});
     EXPECT_EQ(node->sizeChanges, 1);
     node->SetPosition(5, 5);
@@ -127,6 +116,9 @@ TEST(NodeTree, FramesAreSanitisedAndSizeChangesReported) {
     node->SetFrame({NAN, INFINITY, -5, NAN});
     EXPECT_EQ(node->GetFrame(), RectT<float>(0, 0, 0, 0));
     EXPECT_EQ(node->GetBounds(), RectT<float>());
+    node->SetStateFlags(UI_Node::kStateUser | (UI_Node::kStateUser << 1), true);
+    node->SetStateFlags(UI_Node::kStateUser, false);
+    EXPECT_EQ(node->GetStateFlags().GetValue(), UI_Node::kStateUser << 1);
 }
 
 TEST(NodeTree, LookupByIdVisibilityAndEnabledThroughAncestors) {
@@ -153,13 +145,5 @@ TEST(NodeTree, LookupByIdVisibilityAndEnabledThroughAncestors) {
     row->UI_SetEnabled(false);
     EXPECT_TRUE(knob->IsEnabled());
     EXPECT_FALSE(knob->IsEnabledInTree());
-    auto loose = MakeNode("loose", {0, 0, 1, 1});
-    EXPECT_FALSE(loose->IsShown()) << "outside a window nothing is shown";
-}
-
-TEST(NodeTree, StateFlagsKeepUserBits) {
-    auto node = MakeNode("n", {0, 0, 10, 10});
-    node->SetStateFlags(UI_Node::kStateUser | (UI_Node::kStateUser << 1), true);
-    node->SetStateFlags(UI_Node::kStateUser, false);
-    EXPECT_EQ(node->GetStateFlags().GetValue(), UI_Node::kStateUser << 1);
+    EXPECT_FALSE(MakeNode("loose", {0, 0, 1, 1})->IsShown()) << "outside a window nothing shows";
 }

@@ -23,9 +23,9 @@ using namespace qorui;
 
 namespace {
 
-template <class T>
-qorcore::IntrusivePtr<T> Place(UI_Node& parent, qorcore::IntrusivePtr<T> node,
-                               const RectT<float>& frame) {
+template <class T, class... Args>
+qorcore::IntrusivePtr<T> Place(UI_Node& parent, const RectT<float>& frame, Args... args) {
+    auto node = qorcore::MakeIntrusive<T>(args...);
     node->SetFrame(frame);
     parent.ChildPushBack(node);
     return node;
@@ -37,24 +37,17 @@ struct Gallery {
         UI_Node& root = *window.GetRoot();
 
         // Buttons: normal, toggled on, disabled, pressed.
-        Place(root, qorcore::MakeIntrusive<UI_TextButton>("Apply"), {12, 12, 72, 22});
-        auto on = Place(root, qorcore::MakeIntrusive<UI_ToggleButton>("Solo"), {92, 12, 56, 22});
-        on->SetValue(1);
-        auto off = Place(root, qorcore::MakeIntrusive<UI_TextButton>("Bypass"), {156, 12, 64, 22});
-        off->SetDisabled(true);
-        pressed = Place(root, qorcore::MakeIntrusive<UI_TextButton>("Reset"), {228, 12, 60, 22});
+        Place<UI_TextButton>(root, {12, 12, 72, 22}, "Apply");
+        Place<UI_ToggleButton>(root, {92, 12, 56, 22}, "Solo")->SetValue(1);
+        Place<UI_TextButton>(root, {156, 12, 64, 22}, "Bypass")->SetDisabled(true);
+        pressed = Place<UI_TextButton>(root, {228, 12, 60, 22}, "Reset");
 
         // Checks and radios.
-        auto checked =
-            Place(root, qorcore::MakeIntrusive<UI_Checkbox>("Spline curves"), {12, 44, 130, 18});
-        checked->SetValue(true);
-        Place(root, qorcore::MakeIntrusive<UI_Checkbox>("Use default settings"), {12, 66, 150, 18});
-        auto mixed = Place(root, qorcore::MakeIntrusive<UI_Checkbox>("Mixed"), {12, 88, 130, 18});
-        mixed->SetValueUnknown();
-        auto box = Place(root, qorcore::MakeIntrusive<UI_OutlineBoxWithLabel>("Precision"),
-                         {170, 42, 130, 84});
-        auto group = Place(*box, qorcore::MakeIntrusive<UI_RadioGroup>(),
-                           {10, box->GetContentTop(), 112, 62});
+        Place<UI_Checkbox>(root, {12, 44, 130, 18}, "Spline curves")->SetValue(true);
+        Place<UI_Checkbox>(root, {12, 66, 150, 18}, "Use default settings");
+        Place<UI_Checkbox>(root, {12, 88, 130, 18}, "Mixed")->SetValueUnknown();
+        auto box = Place<UI_OutlineBoxWithLabel>(root, {170, 42, 130, 84}, "Precision");
+        auto group = Place<UI_RadioGroup>(*box, {10, box->GetContentTop(), 112, 62});
         const char* names[] = {"Low", "Medium", "High"};
         for (int i = 0; i < 3; ++i) {
             auto radio = qorcore::MakeIntrusive<UI_RadioButton>(names[i]);
@@ -62,42 +55,36 @@ struct Gallery {
             group->AddRadioButton(radio);
         }
         group->SetValue(1);
-        Place(root, qorcore::MakeIntrusive<UI_DisclosureTriangleButton>("Advanced"),
-              {12, 110, 120, 16});
-        auto open = Place(root, qorcore::MakeIntrusive<UI_DisclosureTriangleButton>("Open"),
-                          {12, 130, 120, 16});
-        open->SetValue(1);
+        Place<UI_DisclosureTriangleButton>(root, {12, 110, 120, 16}, "Advanced");
+        Place<UI_DisclosureTriangleButton>(root, {12, 130, 120, 16}, "Open")->SetValue(1);
 
         // Sliders in three directions, one with the focus.
-        auto h = Place(
-            root, qorcore::MakeIntrusive<UI_Slider>(kSliderDirectionHorizontalPointingDown),
-            {12, 156, 180, UI_Slider::GetDefaultSize(kSliderDirectionHorizontalPointingDown)});
-        h->SetValue(0.3);
-        auto c = Place(root, qorcore::MakeIntrusive<UI_Slider>(kSliderDirectionHorizontal),
-                       {12, 184, 180, UI_Slider::GetDefaultSize(kSliderDirectionHorizontal)});
-        c->SetValue(0.75);
-        focused = c;
-        auto v =
-            Place(root, qorcore::MakeIntrusive<UI_Slider>(kSliderDirectionVerticalPointingLeft),
-                  {310, 12, UI_Slider::GetDefaultSize(kSliderDirectionVerticalPointingLeft), 120});
-        v->SetValue(0.4);
+        const auto size = [](SliderDirection direction) {
+            return UI_Slider::GetDefaultSize(direction);
+        };
+        Place<UI_Slider>(root, {12, 156, 180, size(kSliderDirectionHorizontalPointingDown)},
+                         kSliderDirectionHorizontalPointingDown)
+            ->SetValue(0.3);
+        focused = Place<UI_Slider>(root, {12, 184, 180, size(kSliderDirectionHorizontal)},
+                                   kSliderDirectionHorizontal);
+        focused->SetValue(0.75);
+        Place<UI_Slider>(root, {310, 12, size(kSliderDirectionVerticalPointingLeft), 120},
+                         kSliderDirectionVerticalPointingLeft)
+            ->SetValue(0.4);
 
         // Hot text numbers, a popup, a knob, a caption and a divider.
-        Place(root, qorcore::MakeIntrusive<UI_StaticText>("Frequency:"), {210, 140, 70, 18});
-        auto number = Place(root, qorcore::MakeIntrusive<UI_HotTextNumber>(), {280, 140, 90, 18});
+        Place<UI_StaticText>(root, {210, 140, 70, 18}, "Frequency:");
+        auto number = Place<UI_HotTextNumber>(root, {280, 140, 90, 18});
         number->SetDecimalPlaces(1);
         number->SetTextLabel("Hz");
         number->SetValue(440);
-        auto unknown = Place(root, qorcore::MakeIntrusive<UI_HotTextNumber>(), {280, 160, 90, 18});
-        unknown->SetValueUnknown();
-        auto popup = Place(root, qorcore::MakeIntrusive<UI_Popup>(), {210, 184, 120, 22});
+        Place<UI_HotTextNumber>(root, {280, 160, 90, 18})->SetValueUnknown();
+        auto popup = Place<UI_Popup>(root, {210, 184, 120, 22});
         popup->SetItems({"Hann", "Hamming", "Blackman"});
         popup->SetValue(1);
-        auto knob = Place(root, qorcore::MakeIntrusive<UI_Knob>(), {350, 180, 40, 40});
-        knob->SetValue(0.65);
-        Place(root, qorcore::MakeIntrusive<UI_Divider>(), {12, 226, 396, 9});
-        Place(root, qorcore::MakeIntrusive<UI_StaticText>("A caption too long to show whole"),
-              {12, 238, 120, 18});
+        Place<UI_Knob>(root, {350, 180, 40, 40})->SetValue(0.65);
+        Place<UI_Divider>(root, {12, 226, 396, 9});
+        Place<UI_StaticText>(root, {12, 238, 120, 18}, "A caption too long to show whole");
     }
 
     skins::ScopedSkin look;

@@ -116,25 +116,21 @@ TEST_F(Sliders, BackgroundClickBehaviours) {
 
     // Paging moves a tenth towards the pointer, never past it.
     slider->SetRightClickBackgroundClickBehavior(kSliderBackgroundClickPage);
-    window.MouseDown(XFor(0.1), 20, MouseButton::kRight);
-    window.MouseUp(XFor(0.1), 20, MouseButton::kRight);
+    window.Click(XFor(0.1), 20, MouseButton::kRight);
     EXPECT_NEAR(slider->GetValue(), 0.5, 1e-6);
     EXPECT_EQ(recorder.messages, (std::vector<int>{0, 1, 2}));
     window.AdvanceTime(1);
-    window.MouseDown(XFor(0.45), 20, MouseButton::kRight);
-    window.MouseUp(XFor(0.45), 20, MouseButton::kRight);
+    window.Click(XFor(0.45), 20, MouseButton::kRight);
     EXPECT_NEAR(slider->GetValue(), 0.45, 1e-6);
 
     // Alt with the left button can stand for the right one.
     window.AdvanceTime(1);
-    window.MouseDown(XFor(0.9), 20, MouseButton::kLeft, ModifierKey::kAlt);
-    window.MouseUp(XFor(0.9), 20, MouseButton::kLeft, ModifierKey::kAlt);
+    window.Click(XFor(0.9), 20, MouseButton::kLeft, ModifierKey::kAlt);
     EXPECT_NEAR(slider->GetValue(), 0.9, 1e-6) << "without the option it is a left press";
     slider->SetValue(0.45);
     slider->SetTreatAltLeftClickBackgroundClickAsARightClick(true);
     window.AdvanceTime(1);
-    window.MouseDown(XFor(0.9), 20, MouseButton::kLeft, ModifierKey::kAlt);
-    window.MouseUp(XFor(0.9), 20, MouseButton::kLeft, ModifierKey::kAlt);
+    window.Click(XFor(0.9), 20, MouseButton::kLeft, ModifierKey::kAlt);
     EXPECT_NEAR(slider->GetValue(), 0.55, 1e-6) << "now it pages";
 }
 

@@ -1,12 +1,17 @@
+// Timers on the headless window's virtual clock, and work posted to the main thread, which runs
+// when the window pumps.
 #include "platform/core/high_precision_time.hpp"
+#include "platform/core/main_thread_queue.hpp"
 #include "platform/ui/headless_window.hpp"
 #include "platform/ui/ui_node_manager.hpp"
 #include "test_nodes.hpp"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
 #include <set>
+#include <thread>
 
 using namespace qorui;
 using qafui_testing::MakeNode;
@@ -32,12 +37,25 @@ public:
     }
 };
 
+class DeletionWitness : public RecordingNode {
+public:
+    explicit DeletionWitness(std::atomic<std::thread::id>* deletedOn) : deletedOn_(deletedOn) {}
+    ~DeletionWitness() override { *deletedOn_ = std::this_thread::get_id(); }
+
+private:
+    std::atomic<std::thread::id>* deletedOn_;
+};
+
+class Timers : public ::testing::Test {
+protected:
+    void SetUp() override { window.AddNode(node); }
+    HeadlessWindow window{50, 50};
+    qorcore::IntrusivePtr<RecordingNode> node = MakeNode("n", {0, 0, 10, 10});
+};
+
 } // namespace
 
-TEST(Timers, FireOnTheVirtualClockAtTheirDueTimes) {
-    HeadlessWindow window(50, 50);
-    auto node = MakeNode("n", {0, 0, 10, 10});
-    window.AddNode(node);
+TEST_F(Timers, FireOnTheVirtualClockAtTheirDueTimes) {
     std::vector<double> times;
     node->onTimer = [&](int) {
         times.push_back(window.GetTimeSeconds());
@@ -51,17 +69,14 @@ TEST(Timers, FireOnTheVirtualClockAtTheirDueTimes) {
     for (std::size_t i = 0; i < times.size(); ++i)
         EXPECT_NEAR(times[i] - start, 0.01 * double(i + 1), 1e-6) << i;
     EXPECT_EQ(node->timerTicks, std::vector<int>(10, 5));
-    EXPECT_NEAR(qorcore::HighPrecisionTime::ConvertToSeconds(
-                    qorcore::HighPrecisionTime::GetCurrentTimeStamp()) -
+    using qorcore::HighPrecisionTime;
+    EXPECT_NEAR(HighPrecisionTime::ConvertToSeconds(HighPrecisionTime::GetCurrentTimeStamp()) -
                     start,
                 0.105, 1e-6)
         << "the window drives HighPrecisionTime";
 }
 
-TEST(Timers, InterleaveByDueTimeAndStopWhenRemoved) {
-    HeadlessWindow window(50, 50);
-    auto node = MakeNode("n", {0, 0, 10, 10});
-    window.AddNode(node);
+TEST_F(Timers, InterleaveByDueTimeAndStopWhenRemoved) {
     ASSERT_TRUE(node->UI_InstallTimer(0.03f, 1));
     ASSERT_TRUE(node->UI_InstallTimer(0.02f, 2));
     window.AdvanceTime(0.065);
@@ -81,31 +96,23 @@ TEST(Timers, InterleaveByDueTimeAndStopWhenRemoved) {
     EXPECT_EQ(window.GetTimerCount(), 1u);
 }
 
-TEST(Timers, StopWhenTheNodeLeavesItsWindow) {
-    HeadlessWindow window(50, 50);
-    auto parent = MakeNode("p", {0, 0, 20, 20});
+TEST_F(Timers, StopWhenTheNodeLeavesItsWindow) {
     auto child = MakeNode("c", {0, 0, 10, 10});
-    parent->ChildPushBack(child);
-    window.AddNode(parent);
+    node->ChildPushBack(child);
     ASSERT_TRUE(child->UI_InstallTimer(0.01f, 1));
-    ASSERT_TRUE(parent->UI_InstallTimer(0.01f, 2));
+    ASSERT_TRUE(node->UI_InstallTimer(0.01f, 2));
     window.AdvanceTime(0.02);
     EXPECT_EQ(child->timerTicks.size(), 2u);
-    window.GetRoot()->ChildRemove(parent.get());
+    window.GetRoot()->ChildRemove(node.get());
     EXPECT_EQ(window.GetTimerCount(), 0u);
     window.AdvanceTime(0.1);
     EXPECT_EQ(child->timerTicks.size(), 2u);
     EXPECT_FALSE(child->UI_InstallTimer(0.01f, 1)) << "no window, no timer";
 }
 
-TEST(Timers, RefuseBadPeriodsAndClampTinyOnes) {
-    HeadlessWindow window(50, 50);
-    auto node = MakeNode("n", {0, 0, 10, 10});
-    window.AddNode(node);
-    EXPECT_FALSE(node->UI_InstallTimer(0.0f, 1));
-    EXPECT_FALSE(node->UI_InstallTimer(-1.0f, 1));
-    EXPECT_FALSE(node->UI_InstallTimer(NAN, 1));
-    EXPECT_FALSE(node->UI_InstallTimer(INFINITY, 1));
+TEST_F(Timers, RefuseBadPeriodsAndClampTinyOnes) {
+    for (float bad : {0.0f, -1.0f, NAN, INFINITY})
+        EXPECT_FALSE(node->UI_InstallTimer(bad, 1)) << bad;
     ASSERT_TRUE(node->UI_InstallTimer(1e-9f, 1));
     window.AdvanceTime(0.01);
     EXPECT_EQ(node->timerTicks.size(), 10u) << "a period below a millisecond counts as one";
@@ -113,24 +120,20 @@ TEST(Timers, RefuseBadPeriodsAndClampTinyOnes) {
     EXPECT_THROW(window.AdvanceTime(NAN), std::invalid_argument);
 }
 
-TEST(Timers, HandlerMayRemoveItsNodeFromTheWindow) {
-    HeadlessWindow window(50, 50);
-    auto a = MakeNode("a", {0, 0, 10, 10});
-    auto b = MakeNode("b", {0, 0, 10, 10});
-    window.AddNode(a);
-    window.AddNode(b);
-    a->onTimer = [&](int) {
-        window.GetRoot()->ChildRemove(b.get());
+TEST_F(Timers, HandlerMayRemoveANodeFromTheWindow) {
+    auto other = MakeNode("b", {0, 0, 10, 10});
+    window.AddNode(other);
+    node->onTimer = [&](int) {
+        window.GetRoot()->ChildRemove(other.get());
     };
-    ASSERT_TRUE(a->UI_InstallTimer(0.01f, 1));
-    ASSERT_TRUE(b->UI_InstallTimer(0.01f, 1));
+    ASSERT_TRUE(node->UI_InstallTimer(0.01f, 1));
+    ASSERT_TRUE(other->UI_InstallTimer(0.01f, 1));
     window.AdvanceTime(0.05);
-    EXPECT_EQ(a->timerTicks.size(), 5u);
-    EXPECT_TRUE(b->timerTicks.empty()) << "b was removed before its first tick came";
+    EXPECT_EQ(node->timerTicks.size(), 5u);
+    EXPECT_TRUE(other->timerTicks.empty()) << "removed before its first tick came";
 }
 
-TEST(Timers, PollingViewRunsExactlyWhileItHangsInAWindow) {
-    HeadlessWindow window(50, 50);
+TEST_F(Timers, PollingViewRunsExactlyWhileItHangsInAWindow) {
     qorcore::IntrusivePtr<PollingView> view(new PollingView());
     view->SetFrame({0, 0, 10, 10});
     window.AddNode(view);
@@ -146,7 +149,7 @@ TEST(Timers, PollingViewRunsExactlyWhileItHangsInAWindow) {
     EXPECT_EQ(view->timerTicks.size(), 15u);
 }
 
-TEST(Timers, ClosingWindowTellsTheTreeAndRefusesNewTimers) {
+TEST(TimersAtClose, ClosingWindowTellsTheTreeAndRefusesNewTimers) {
     auto node = MakeNode("n", {0, 0, 10, 10});
     std::vector<bool> installed;
     {
@@ -161,13 +164,41 @@ TEST(Timers, ClosingWindowTellsTheTreeAndRefusesNewTimers) {
     EXPECT_EQ(installed, std::vector<bool>{false});
     EXPECT_EQ(node->GetWindow(), nullptr);
     EXPECT_EQ(node->changes.back(), int(UI_Node::kNodeChangeWindowChanged));
-}
-
-TEST(Timers, UniqueIdsAreNeverZeroOrRepeated) {
     std::set<int> ids;
     for (int i = 0; i < 1000; ++i) {
         const int id = UI_NodeManager::Get().GetUniqueTimerID();
         EXPECT_NE(id, 0);
-        EXPECT_TRUE(ids.insert(id).second);
+        EXPECT_TRUE(ids.insert(id).second) << "unique timer ids never repeat";
     }
+}
+
+TEST_F(Timers, WorkFromOtherThreadsRunsWhenTheWindowPumps) {
+    window.Render();
+    std::vector<int> levels;
+    std::vector<std::thread> producers;
+    for (int t = 0; t < 3; ++t)
+        producers.emplace_back([&, t] {
+            for (int i = 0; i < 10; ++i)
+                qorcore::PostToMainThread([&, t, i] {
+                    levels.push_back(t * 100 + i);
+                    node->EmitInvalidate();
+                });
+        });
+    for (auto& p : producers)
+        p.join();
+    EXPECT_TRUE(levels.empty()) << "nothing runs off the main thread";
+    window.AdvanceTime(0.0);
+    EXPECT_EQ(levels.size(), 30u);
+    EXPECT_FALSE(window.GetDirtyRegion().IsEmpty());
+    qorcore::PostToMainThread([&] { levels.push_back(-1); });
+    EXPECT_EQ(window.PumpMainQueue(), 1u);
+    EXPECT_EQ(levels.back(), -1);
+
+    // A node released on another thread is deleted on the main thread, at the next pump.
+    std::atomic<std::thread::id> deletedOn{};
+    qorcore::IntrusivePtr<DeletionWitness> witness(new DeletionWitness(&deletedOn));
+    std::thread([n = std::move(witness)]() mutable { n.reset(); }).join();
+    EXPECT_EQ(deletedOn.load(), std::thread::id());
+    window.AdvanceTime(0.01);
+    EXPECT_EQ(deletedOn.load(), std::this_thread::get_id());
 }
