@@ -27,26 +27,18 @@ std::vector<int> keys_of(const int_map_t& map) {
 
 } // namespace
 
-TEST(ClosedHash, DefaultTableHasNoStorage) {
+TEST(ClosedHash, EmptyTableHasNoStorageAndCapacityFollowsPrimes) {
     const dictionary_t empty;
-    EXPECT_EQ(empty.size(), 0u);
     EXPECT_EQ(empty.capacity(), 0u);
     EXPECT_TRUE(empty.empty());
     EXPECT_EQ(empty.find(name_t("a")), empty.end());
     EXPECT_EQ(empty.count(name_t("a")), 0u);
-    int visited = 0;
-    for (const auto& entry : empty)
-        visited += entry.first ? 1 : 1;
-    EXPECT_EQ(visited, 0);
-}
+    EXPECT_EQ(empty.begin(), empty.end());
 
-TEST(ClosedHash, CapacityFollowsPrimeTable) {
-    EXPECT_EQ(closed_hash_capacity(0), 3u);
-    EXPECT_EQ(closed_hash_capacity(3), 3u);
-    EXPECT_EQ(closed_hash_capacity(4), 7u);
-    EXPECT_EQ(closed_hash_capacity(6), 7u);
-    EXPECT_EQ(closed_hash_capacity(1362), 2729u);
-    EXPECT_EQ(closed_hash_capacity(5000000000ULL), 4294967295u);
+    const std::pair<std::uint64_t, std::uint64_t> primes[] = {
+        {0, 3}, {3, 3}, {4, 7}, {6, 7}, {1362, 2729}, {5000000000ULL, 4294967295u}};
+    for (const auto& [wanted, capacity] : primes)
+        EXPECT_EQ(closed_hash_capacity(wanted), capacity) << wanted;
 
     int_map_t map;
     map.insert({1, "a"});
@@ -59,29 +51,28 @@ TEST(ClosedHash, CapacityFollowsPrimeTable) {
     EXPECT_EQ(map.size(), 4u);
 }
 
-TEST(ClosedHash, CollidedKeysIterateHeadThenNewest) {
+TEST(ClosedHash, CollisionsChainFromTheHomeSlot) {
     int_map_t map;
     map.reserve(7); // capacity 7: 0, 7 and 14 share home slot 0
     map.insert({0, "head"});
     map.insert({5, "other"});
     map.insert({7, "first collided"});
     map.insert({14, "second collided"});
-    EXPECT_EQ(keys_of(map), (std::vector<int>{0, 14, 7, 5}));
+    EXPECT_EQ(keys_of(map), (std::vector<int>{0, 14, 7, 5})) << "head, then newest first";
     EXPECT_EQ(map.find(7)->second, "first collided");
     EXPECT_EQ(map.find(14)->second, "second collided");
     EXPECT_EQ(map.find(21), map.end());
-}
 
-TEST(ClosedHash, EntryInAnotherChainsHomeIsMovedOut) {
-    int_map_t map;
-    map.reserve(7);
-    map.insert({0, "zero"});
-    map.insert({7, "seven"}); // chained: takes the first free slot, which is slot 1
-    map.insert({1, "one"});   // home slot 1 is taken by 7, which must move out
-    EXPECT_EQ(keys_of(map), (std::vector<int>{0, 7, 1}));
-    EXPECT_EQ(map.find(7)->second, "seven");
-    EXPECT_EQ(map.find(1)->second, "one");
-    EXPECT_EQ(map.find(0)->second, "zero");
+    // An entry chained into another key's home slot moves out when that key arrives.
+    int_map_t moved;
+    moved.reserve(7);
+    moved.insert({0, "zero"});
+    moved.insert({7, "seven"}); // chained: takes the first free slot, which is slot 1
+    moved.insert({1, "one"});
+    EXPECT_EQ(keys_of(moved), (std::vector<int>{0, 7, 1}));
+    EXPECT_EQ(moved.find(7)->second, "seven");
+    EXPECT_EQ(moved.find(1)->second, "one");
+    EXPECT_EQ(moved.find(0)->second, "zero");
 }
 
 TEST(ClosedHash, GrowthKeepsIterationOrder) {
@@ -96,19 +87,6 @@ TEST(ClosedHash, GrowthKeepsIterationOrder) {
     EXPECT_EQ(keys_of(map), before);
     for (int key : before)
         EXPECT_EQ(map.find(key)->second, std::to_string(key));
-}
-
-TEST(ClosedHash, InsertKeepsExistingValueAndIndexInserts) {
-    int_map_t map;
-    auto [position, inserted] = map.insert({1, "first"});
-    EXPECT_TRUE(inserted);
-    auto [again, inserted_again] = map.insert({1, "second"});
-    EXPECT_FALSE(inserted_again);
-    EXPECT_EQ(again, position);
-    EXPECT_EQ(map[1], "first");
-    map[2] = "made by index";
-    EXPECT_EQ(map.size(), 2u);
-    EXPECT_EQ(map.find(2)->second, "made by index");
 }
 
 TEST(ClosedHash, EraseKeepsChainsFindable) {
@@ -140,16 +118,19 @@ TEST(ClosedHash, RandomOperationsAgreeWithStdMap) {
     std::map<int, std::string> reference;
     for (int step = 0; step != 20000; ++step) {
         const int key = static_cast<int>(random() % 500);
-        switch (random() % 3) {
+        switch (random() % 4) {
         case 0:
         case 1: {
+            // Inserting keeps an existing value and points at it.
             const std::string value = std::to_string(step);
-            const bool inserted = map.insert({key, value}).second;
+            const auto [position, inserted] = map.insert({key, value});
             EXPECT_EQ(inserted, reference.emplace(key, value).second);
+            EXPECT_EQ(position->first, key);
+            EXPECT_EQ(position->second, reference.at(key));
             break;
         }
-        default:
-            EXPECT_EQ(map.erase(key), reference.erase(key));
+        case 2: EXPECT_EQ(map[key], reference[key]); break; // indexing inserts an empty value
+        default: EXPECT_EQ(map.erase(key), reference.erase(key));
         }
     }
     ASSERT_EQ(map.size(), reference.size());

@@ -50,14 +50,11 @@ TEST(Name, HashIsSignExtendedFnv1a) {
     // Standard FNV-1a of "a": the byte is below 0x80 so sign extension changes nothing.
     EXPECT_EQ(name_hash("a"), 0xaf63dc4c8601ec8cULL);
     // 0xE9 sign-extends to 0xFFFFFFFFFFFFFFE9 before the XOR.
-    std::uint64_t expected = 0xcbf29ce484222325ULL;
-    expected ^= 0xFFFFFFFFFFFFFFE9ULL;
-    expected *= 0x100000001b3ULL;
-    EXPECT_EQ(name_hash("\xE9"), expected);
-    std::uint64_t zero_extended = 0xcbf29ce484222325ULL;
-    zero_extended ^= 0xE9;
-    zero_extended *= 0x100000001b3ULL;
-    EXPECT_NE(name_hash("\xE9"), zero_extended);
+    const auto one_byte = [](std::uint64_t byte) {
+        return (0xcbf29ce484222325ULL ^ byte) * 0x100000001b3ULL;
+    };
+    EXPECT_EQ(name_hash("\xE9"), one_byte(0xFFFFFFFFFFFFFFE9ULL));
+    EXPECT_NE(name_hash("\xE9"), one_byte(0xE9));
 }
 
 TEST(Name, OrderFollowsTextAndStreamsText) {

@@ -25,34 +25,27 @@ std::string failure_text(F f) {
 
 } // namespace
 
-TEST(XmlEntityTable, HoldsTheHtml4EntitiesAndApos) {
+TEST(XmlEntityTable, HoldsTheHtml4EntitiesAndAposSortedBothWays) {
     // HTMLlat1 (96) + HTMLsymbol (124) + HTMLspecial (32) + apos: the standard lists give 253.
-    EXPECT_EQ(xml_entities_by_name().size(), 253u);
-    EXPECT_EQ(xml_entities_by_code_point().size(), 253u);
-    std::set<std::string> names;
-    std::set<std::uint32_t> code_points;
-    for (const xml_entity_t& entity : xml_entities_by_name()) {
-        names.insert(entity.name);
-        code_points.insert(entity.code_point);
-    }
-    EXPECT_EQ(names.size(), 253u);
-    EXPECT_EQ(code_points.size(), 253u);
-    // All of Latin-1's upper half has a name.
-    for (std::uint32_t c = 160; c != 256; ++c)
-        EXPECT_TRUE(code_points.count(c)) << c;
-}
-
-TEST(XmlEntityTable, BothOrdersAreSorted) {
     const auto by_name = xml_entities_by_name();
-    for (std::size_t i = 1; i < by_name.size(); ++i)
-        EXPECT_LT(std::strcmp(by_name[i - 1].name.c_str(), by_name[i].name.c_str()), 0);
     const auto by_code_point = xml_entities_by_code_point();
-    for (std::size_t i = 1; i < by_code_point.size(); ++i)
+    ASSERT_EQ(by_name.size(), 253u);
+    ASSERT_EQ(by_code_point.size(), 253u);
+    // Strictly increasing, so no name and no code point twice; strcmp puts upper case first.
+    for (std::size_t i = 1; i < by_name.size(); ++i) {
+        EXPECT_LT(std::strcmp(by_name[i - 1].name.c_str(), by_name[i].name.c_str()), 0);
         EXPECT_LT(by_code_point[i - 1].code_point, by_code_point[i].code_point);
-    // strcmp order puts upper case first.
+    }
     EXPECT_EQ(by_name.front().name, "AElig");
     EXPECT_EQ(by_code_point.front().name, "quot");
     EXPECT_EQ(by_code_point.back().name, "diams");
+    // No code point has two names, and all of Latin-1's upper half has one.
+    std::set<std::uint32_t> code_points;
+    for (const xml_entity_t& entity : by_name)
+        code_points.insert(entity.code_point);
+    EXPECT_EQ(code_points.size(), 253u);
+    for (std::uint32_t c = 160; c != 256; ++c)
+        EXPECT_TRUE(code_points.count(c)) << c;
 }
 
 TEST(XmlEntityTable, Lookups) {
@@ -74,67 +67,58 @@ TEST(XmlEntityTable, MissingKeysThrowRangeError) {
     EXPECT_EQ(failure_text([] { xml_entity_name(0x10FFFF); }), "code point not found");
 }
 
-TEST(XmlEscape, SpecialCharacters) {
-    EXPECT_EQ(xml_escape("a<b"), "a&lt;b");
-    EXPECT_EQ(xml_escape("<>&\"'"), "&lt;&gt;&amp;&quot;&apos;");
-    EXPECT_EQ(xml_escape("plain text 123 ~!"), "plain text 123 ~!");
-    EXPECT_EQ(xml_escape(""), "");
+TEST(XmlEscape, SpecialControlAndHighBytes) {
+    const std::pair<std::string, const char*> rows[] = {
+        {"a<b", "a&lt;b"},
+        {"<>&\"'", "&lt;&gt;&amp;&quot;&apos;"},
+        {"plain text 123 ~!", "plain text 123 ~!"},
+        {"", ""},
+        // Control bytes as upper-case hex.
+        {"\t", "&#x09;"},
+        {"a\nb", "a&#x0A;b"},
+        {std::string(1, '\0'), "&#x00;"},
+        {"\x7f", "&#x7F;"},
+        {"\x80\x9f", "&#x80;&#x9F;"},
+        // Multi-byte text is escaped byte by byte: "é" is C3 A9, "€" is E2 82 AC.
+        {"\xC3\xA9", "&Atilde;&copy;"},
+        {"\xE2\x82\xAC", "&acirc;&#x82;&not;"},
+        {"\xA0\xFF", "&nbsp;&yuml;"}};
+    for (const auto& [text, escaped] : rows)
+        EXPECT_EQ(xml_escape(text), escaped);
 }
 
-TEST(XmlEscape, ControlBytesAsUpperCaseHex) {
-    EXPECT_EQ(xml_escape("\t"), "&#x09;");
-    EXPECT_EQ(xml_escape("a\nb"), "a&#x0A;b");
-    EXPECT_EQ(xml_escape(std::string(1, '\0')), "&#x00;");
-    EXPECT_EQ(xml_escape("\x7f"), "&#x7F;");
-    EXPECT_EQ(xml_escape("\x80\x9f"), "&#x80;&#x9F;");
-}
+TEST(XmlUnescape, NumericNamedUnknownAndUnterminatedReferences) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"&#65;&#x41;", "AA"},
+        {"&#x6a;&#x6A;", "jj"},
+        {"&#x20AC;", "\xE2\x82\xAC"},
+        {"&#233;", "\xC3\xA9"},
+        {"&#x1F600;", "\xF0\x9F\x98\x80"},
+        // Digits up to the first non-digit; the rest is ignored.
+        {"&#65zz;", "A"},
+        {"&#x41g1;", "A"},
+        // No digits: code point 0, nothing appended.
+        {"a&#;b&#x;c", "abc"},
+        // Beyond Unicode: the replacement character.
+        {"&#99999999999;", "\xEF\xBF\xBD"},
+        {"&lt;a&gt; &amp; &quot;b&quot; &apos;", "<a> & \"b\" '"},
+        {"&eacute;&euro;", "\xC3\xA9\xE2\x82\xAC"},
+        {"&nbsp;", "\xC2\xA0"},
+        // An unknown entity vanishes.
+        {"&nosuch;b", "b"},
+        {"a&;b", "ab"},
+        {"&AMP;", ""},
+        // A tail without a semicolon is dropped.
+        {"a&b", "a"},
+        {"x&lt;y&amp", "x<y"},
+        {"&", ""},
+        {"no references", "no references"},
+        {"", ""}};
+    for (const auto& [text, unescaped] : rows)
+        EXPECT_EQ(xml_unescape(text), unescaped) << text;
 
-TEST(XmlEscape, MultiByteTextIsEscapedByteByByte) {
-    // "é" is C3 A9 in UTF-8: Atilde and copy.
-    EXPECT_EQ(xml_escape("\xC3\xA9"), "&Atilde;&copy;");
-    // "€" is E2 82 AC.
-    EXPECT_EQ(xml_escape("\xE2\x82\xAC"), "&acirc;&#x82;&not;");
-    EXPECT_EQ(xml_escape("\xA0\xFF"), "&nbsp;&yuml;");
-}
-
-TEST(XmlUnescape, NumericReferences) {
-    EXPECT_EQ(xml_unescape("&#65;&#x41;"), "AA");
-    EXPECT_EQ(xml_unescape("&#x6a;&#x6A;"), "jj");
-    EXPECT_EQ(xml_unescape("&#x20AC;"), "\xE2\x82\xAC");
-    EXPECT_EQ(xml_unescape("&#233;"), "\xC3\xA9");
-    EXPECT_EQ(xml_unescape("&#x1F600;"), "\xF0\x9F\x98\x80");
-    // Digits up to the first non-digit; the rest is ignored.
-    EXPECT_EQ(xml_unescape("&#65zz;"), "A");
-    EXPECT_EQ(xml_unescape("&#x41g1;"), "A");
-    // No digits: code point 0, nothing appended.
-    EXPECT_EQ(xml_unescape("a&#;b&#x;c"), "abc");
-    // Beyond Unicode: the replacement character.
-    EXPECT_EQ(xml_unescape("&#99999999999;"), "\xEF\xBF\xBD");
-}
-
-TEST(XmlUnescape, NamedReferences) {
-    EXPECT_EQ(xml_unescape("&lt;a&gt; &amp; &quot;b&quot; &apos;"), "<a> & \"b\" '");
-    EXPECT_EQ(xml_unescape("&eacute;&euro;"), "\xC3\xA9\xE2\x82\xAC");
-    EXPECT_EQ(xml_unescape("&nbsp;"), "\xC2\xA0");
-}
-
-TEST(XmlUnescape, UnknownEntityVanishes) {
-    EXPECT_EQ(xml_unescape("&nosuch;b"), "b");
-    EXPECT_EQ(xml_unescape("a&;b"), "ab");
-    EXPECT_EQ(xml_unescape("&AMP;"), "");
-}
-
-TEST(XmlUnescape, TailWithoutSemicolonIsDropped) {
-    EXPECT_EQ(xml_unescape("a&b"), "a");
-    EXPECT_EQ(xml_unescape("x&lt;y&amp"), "x<y");
-    EXPECT_EQ(xml_unescape("&"), "");
-    EXPECT_EQ(xml_unescape("no references"), "no references");
-    EXPECT_EQ(xml_unescape(""), "");
-}
-
-TEST(XmlText, EscapeThenUnescapeRoundTripsAscii) {
-    std::string all;
+    std::string ascii;
     for (int c = 1; c < 128; ++c)
-        all += static_cast<char>(c);
-    EXPECT_EQ(xml_unescape(xml_escape(all)), all);
+        ascii += static_cast<char>(c);
+    EXPECT_EQ(xml_unescape(xml_escape(ascii)), ascii);
 }

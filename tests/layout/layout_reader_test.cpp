@@ -69,17 +69,14 @@ TEST(LayoutReader, TreeOfWidgetsWithEvaluatedArgumentsAndPositions) {
     EXPECT_EQ(get_value(view.arguments, "show_border"_name), any_regular_t(true));
     EXPECT_TRUE(view.has_block);
     ASSERT_TRUE(view.sheet);
-    EXPECT_EQ(view.position.line_number, 3);
-    EXPECT_EQ(view.position.column(), 10);
-    EXPECT_EQ(view.position.file_name, name_t("test.tss"));
+    EXPECT_EQ(format_position(view.position), "test.tss:3:10");
 
     ASSERT_EQ(view.children.size(), 2u);
     const widget_description_t& row = view.children[0];
     EXPECT_EQ(row.name, name_t("row"));
     EXPECT_EQ(number(row, "spacing"), 10);
     EXPECT_EQ(get_value(row.arguments, "margin"_name), any_regular_t(array_t{1, 2, 3, 4}));
-    EXPECT_EQ(row.position.line_number, 5);
-    EXPECT_EQ(row.position.column(), 9);
+    EXPECT_EQ(format_position(row.position), "test.tss:5:9");
     ASSERT_EQ(row.children.size(), 2u);
     EXPECT_EQ(text(row.children[0], "name"), "Gain:");
     EXPECT_EQ(get_value(row.children[0].arguments, "align"_name), any_regular_t("left"_name));
@@ -87,7 +84,7 @@ TEST(LayoutReader, TreeOfWidgetsWithEvaluatedArgumentsAndPositions) {
         get_value(row.children[1].arguments, "value_range"_name).cast<dictionary_t>();
     EXPECT_EQ(get_value(range, "min"_name), any_regular_t(-18.0));
     EXPECT_FALSE(row.children[1].has_block);
-    EXPECT_EQ(row.children[1].position.line_number, 7);
+    EXPECT_EQ(format_position(row.children[1].position), "test.tss:7:13");
 
     EXPECT_EQ(view.children[1].name, name_t("separator"));
     EXPECT_TRUE(view.children[1].arguments.empty());
@@ -95,19 +92,10 @@ TEST(LayoutReader, TreeOfWidgetsWithEvaluatedArgumentsAndPositions) {
 }
 
 TEST(LayoutReader, OwnCellsFeedTheArguments) {
-    const layout_description_t d = read("layout Cells {\n"
-                                        "constant:\n"
-                                        "    gap: 4;\n"
-                                        "    wide: gap * 25;\n"
-                                        "interface:\n"
-                                        "    shown: true;\n"
-                                        "    unlink label: 'Level';\n"
-                                        "    doubled <== wide * 2;\n"
-                                        "view subview() {\n"
-                                        "    row(spacing: gap, width: wide, text: label, "
-                                        "twice: doubled);\n"
-                                        "}\n"
-                                        "}\n");
+    const layout_description_t d =
+        read("layout Cells { constant: gap: 4; wide: gap * 25;"
+             " interface: shown: true; unlink label: 'Level'; doubled <== wide * 2;"
+             " view subview() { row(spacing: gap, width: wide, text: label, twice: doubled); } }");
     const widget_description_t& row = d.view.children.at(0);
     EXPECT_EQ(number(row, "spacing"), 4);
     EXPECT_EQ(number(row, "width"), 100);
@@ -149,12 +137,12 @@ TEST(LayoutReader, CommentsQuotesLineEndsAndALastLeafWithoutSemicolon) {
     ASSERT_EQ(d.view.children.size(), 2u);
     const widget_description_t& column = d.view.children[0];
     EXPECT_EQ(column.name, name_t("column"));
-    EXPECT_EQ(column.position.line_number, 5);
+    EXPECT_EQ(format_position(column.position), "test.tss:5:5");
     ASSERT_EQ(column.children.size(), 1u);
     // Two-word identifiers in either quotes are the same value.
     EXPECT_EQ(get_value(column.children[0].arguments, "identifier"_name),
               get_value(d.view.children[1].arguments, "identifier"_name));
-    EXPECT_EQ(d.view.children[1].position.line_number, 8);
+    EXPECT_EQ(format_position(d.view.children[1].position), "test.tss:8:5");
 
     // The root itself may go without a semicolon too, and a block may follow a ';'-less block.
     const layout_description_t bare = read("layout B { view subview(width: 5) }");
@@ -166,14 +154,11 @@ TEST(LayoutReader, CommentsQuotesLineEndsAndALastLeafWithoutSemicolon) {
 }
 
 TEST(LayoutReader, ParametersMergeIntoTheArguments) {
-    const layout_description_t d = read("layout P {\n"
-                                        "constant: slider_params: { orientation: @horizontal,"
-                                        " width: 80, name: 'from parameters' };\n"
-                                        "view subview() {\n"
-                                        "    slider(parameters: slider_params, name: 'own');\n"
-                                        "    slider(name: 'first', parameters: slider_params);\n"
-                                        "}\n"
-                                        "}\n");
+    const layout_description_t d =
+        read("layout P { constant: slider_params:"
+             " { orientation: @horizontal, width: 80, name: 'from parameters' };"
+             " view subview() { slider(parameters: slider_params, name: 'own');"
+             " slider(name: 'first', parameters: slider_params); } }");
     for (const widget_description_t& slider : d.view.children) {
         EXPECT_EQ(get_value(slider.arguments, "orientation"_name),
                   any_regular_t("horizontal"_name));
@@ -183,35 +168,22 @@ TEST(LayoutReader, ParametersMergeIntoTheArguments) {
     // What the widget says itself wins, wherever it stands.
     EXPECT_EQ(text(d.view.children[0], "name"), "own");
     EXPECT_EQ(text(d.view.children[1], "name"), "first");
-
-    EXPECT_EQ(error_of("layout P {\nview subview() {\n  slider(parameters: 3); } }"),
-              "test.tss:3:10: layout description: 'parameters' must be a dictionary of "
-              "arguments");
 }
 
 TEST(LayoutReader, LayoutScriptInsertsALayoutWithUniqueIdentifiers) {
     const layout_reader_options_t options = with_layouts({
-        {"CompressorBand", "layout Band {\n"
-                           "constant: band_width: 60;\n"
-                           "view subview(identifier: 'Panel') {\n"
-                           "    wex_edit_number(identifier: 'Threshold', width: band_width);\n"
-                           "    wex_edit_number(identifier: @Gain);\n"
-                           "    static_text(name: 'no identifier');\n"
-                           "    layout_script(identifier: 'Meter', layoutId: 7);\n"
-                           "}\n"
-                           "}\n"},
+        {"CompressorBand",
+         "layout Band { constant: band_width: 60; view subview(identifier: 'Panel') {"
+         " wex_edit_number(identifier: 'Threshold', width: band_width);"
+         " wex_edit_number(identifier: @Gain); static_text(name: 'no identifier');"
+         " layout_script(identifier: 'Meter', layoutId: 7); } }"},
         {"Meter", "layout M { view qor_level_meter(identifier: 'LevelMeter') }"},
     });
-    const layout_description_t d = read("layout Main {\n"
-                                        "constant: band_width: 10;\n"
-                                        "view subview() {\n"
-                                        "    layout_script(identifier: 'CompressorBand', "
-                                        "layoutId: 1);\n"
-                                        "    layout_script(identifier: 'CompressorBand', "
-                                        "layoutId: 2)\n"
-                                        "}\n"
-                                        "}\n",
-                                        options);
+    const layout_description_t d =
+        read("layout Main { constant: band_width: 10; view subview() {"
+             " layout_script(identifier: 'CompressorBand', layoutId: 1);"
+             " layout_script(identifier: 'CompressorBand', layoutId: 2) } }",
+             options);
     ASSERT_EQ(d.view.children.size(), 2u);
     for (int band = 1; band <= 2; ++band) {
         SCOPED_TRACE(band);
@@ -269,27 +241,32 @@ TEST(LayoutReader, LayoutScriptFailuresNameBothPlaces) {
 }
 
 TEST(LayoutReader, ErrorsCarryFileLineAndColumn) {
-    EXPECT_EQ(error_of("sheet X { }"),
-              "test.tss:1:1: layout description: expected 'layout', found 'sheet'");
-    EXPECT_EQ(error_of("layout X {\n}\n"),
-              "test.tss:2:1: layout description: expected 'constant:', 'interface:' or 'view', "
-              "found '}'");
-    EXPECT_EQ(error_of("layout X {\nview subview(\n  width 3) }"),
-              "test.tss:3:9: layout description: expected ':', found number 3");
-    EXPECT_EQ(error_of("layout X {\nview subview() {\n  row() row() } }"),
-              "test.tss:3:9: layout description: expected ';', '{' or '}', found 'row'");
-    EXPECT_EQ(error_of("layout X { view subview(); } extra"),
-              "test.tss:1:30: layout description: expected end of input, found 'extra'");
-    EXPECT_EQ(error_of("layout X {\nconstant:\n  a: 1\n  b: 2;\nview subview() }"),
-              "test.tss:4:3: layout description: expected ';', found 'b'");
-    EXPECT_EQ(error_of("layout X { view subview() { row(); "),
-              "test.tss:1:36: layout description: expected a widget name, found end of input");
-    // An argument that fails to evaluate is reported where it stands.
-    const std::string unknown = error_of("layout X {\nview subview() {\n  row(spacing: 1,"
-                                         " width: nothing + 1);\n} }");
-    EXPECT_EQ(unknown.rfind("test.tss:3:19: ", 0), 0u) << unknown;
-    const std::string constant = error_of("layout X {\nconstant:\n  a: 1 / [];\nview subview() }");
-    EXPECT_EQ(constant.rfind("test.tss:3:3: ", 0), 0u) << constant;
+    const std::pair<const char*, const char*> rows[] = {
+        {"sheet X { }", "1:1: layout description: expected 'layout', found 'sheet'"},
+        {"layout X {\n}\n",
+         "2:1: layout description: expected 'constant:', 'interface:' or 'view', found '}'"},
+        {"layout X {\nview subview(\n  width 3) }",
+         "3:9: layout description: expected ':', found number 3"},
+        {"layout X {\nview subview() {\n  row() row() } }",
+         "3:9: layout description: expected ';', '{' or '}', found 'row'"},
+        {"layout X { view subview(); } extra",
+         "1:30: layout description: expected end of input, found 'extra'"},
+        {"layout X {\nconstant:\n  a: 1\n  b: 2;\nview subview() }",
+         "4:3: layout description: expected ';', found 'b'"},
+        {"layout X { view subview() { row(); ",
+         "1:36: layout description: expected a widget name, found end of input"},
+        {"layout P {\nview subview() {\n  slider(parameters: 3); } }",
+         "3:10: layout description: 'parameters' must be a dictionary of arguments"}};
+    for (const auto& [script, error] : rows)
+        EXPECT_EQ(error_of(script), std::string("test.tss:") + error) << script;
+    // An argument or a cell that fails to evaluate is reported where it stands.
+    for (const auto& [script, place] :
+         {std::pair{"layout X {\nview subview() {\n  row(spacing: 1, width: nothing + 1);\n} }",
+                    "test.tss:3:19: "},
+          {"layout X {\nconstant:\n  a: 1 / [];\nview subview() }", "test.tss:3:3: "}}) {
+        const std::string error = error_of(script);
+        EXPECT_EQ(error.rfind(place, 0), 0u) << error;
+    }
 }
 
 TEST(LayoutReader, DeepNestingIsRefusedNotOverflowed) {

@@ -1,8 +1,8 @@
 // The two-pass solver on trees built by hand. Expected numbers follow from the placement rules
 // by hand; the comments show the arithmetic.
 
+#include "layout/placeable.hpp"
 #include "layout/tess.hpp"
-#include "layout/test_boxes.hpp"
 
 #include <gtest/gtest.h>
 
@@ -10,16 +10,69 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vorlen {
 namespace {
 
-using testing::box_t;
-using testing::size_of;
-using testing::wrap_t;
-
 using it_t = tess_t::iterator;
+using xy_t = std::pair<std::int32_t, std::int32_t>;
+
+extents_t size_of(std::int32_t width, std::int32_t height) {
+    extents_t e;
+    e.width() = width;
+    e.height() = height;
+    return e;
+}
+
+/// A placeable of fixed extents that remembers where it was put.
+class box_t : public placeable_t {
+public:
+    box_t(std::string name, extents_t extents) : name_m(std::move(name)), extents_m(extents) {}
+
+    void measure(extents_t& result) override { result = extents_m; }
+    void place(const place_data_t& place) override {
+        placed_m = place;
+        ++place_count_m;
+    }
+    std::string type_name() const override { return name_m; }
+
+    const place_data_t& placed() const { return placed_m; }
+    int place_count() const { return place_count_m; }
+
+private:
+    std::string name_m;
+    extents_t extents_m;
+    place_data_t placed_m;
+    int place_count_m = 0;
+};
+
+/// Text that wraps: it covers a fixed area, so its height follows the width it is given.
+class wrap_t : public poly_placeable_twopass {
+public:
+    wrap_t(std::int32_t natural_width, std::int32_t area) : width_m(natural_width), area_m(area) {}
+
+    void measure(extents_t& result) override { result = size_of(width_m, height_for(width_m)); }
+    void measure_vertical(extents_t& calculated, const place_data_t& place) override {
+        given_width_m = calculated.width();
+        given_place_width_m = place.width();
+        calculated.height() = height_for(calculated.width());
+    }
+    void place(const place_data_t& place) override { placed_m = place; }
+    std::string type_name() const override { return "wrap"; }
+
+    std::int32_t given_width_m = -1;
+    std::int32_t given_place_width_m = -1;
+    place_data_t placed_m;
+
+private:
+    std::int32_t height_for(std::int32_t width) const {
+        return width > 0 ? (area_m + width - 1) / width : area_m;
+    }
+    std::int32_t width_m;
+    std::int32_t area_m;
+};
 
 layout_attributes_t container(placement_t placement, std::vector<std::int32_t> spacing = {},
                               bool create = false) {
@@ -59,28 +112,42 @@ struct tree_t {
                        const extents_t& extents = {}) {
         return add(parent, name, extents, attributes, true);
     }
+    /// A row or column root and one leaf per width, all of height 1, with the attributes given.
+    std::vector<it_t> line(placement_t placement,
+                           std::vector<std::pair<std::int32_t, layout_attributes_t>> leaves) {
+        const it_t root = add_container(it_t(), "root", container(placement));
+        std::vector<it_t> result;
+        for (const auto& [width, attributes] : leaves)
+            result.push_back(add(root, "leaf", size_of(width, 1), attributes));
+        return result;
+    }
     const place_data_t& at(it_t node) const { return tess.place_data(node); }
+    xy_t xy(it_t node) const { return {at(node).left(), at(node).top()}; }
+    /// Left edge and width.
+    xy_t span(it_t node) const { return {at(node).left(), at(node).width()}; }
 };
 
-// ---------------------------------------------------------------------------------------------
-// Records and texts
-
 TEST(LayoutRecords, AlignmentAndPlacementTexts) {
-    EXPECT_STREQ(alignment_text(alignment_t::forward), "forward");
-    EXPECT_STREQ(alignment_text(alignment_t::reverse), "reverse");
-    EXPECT_STREQ(alignment_text(alignment_t::center), "center");
-    EXPECT_STREQ(alignment_text(alignment_t::proportional), "proportional");
-    EXPECT_STREQ(alignment_text(alignment_t::forward_fill), "forward_fill");
-    EXPECT_STREQ(alignment_text(alignment_t::reverse_fill), "reverse_fill");
-    EXPECT_STREQ(alignment_text(alignment_t::default_), "default");
-    EXPECT_STREQ(alignment_text(static_cast<alignment_t>(7)), "invalid");
-    EXPECT_STREQ(alignment_text(static_cast<alignment_t>(-1)), "invalid");
-
-    EXPECT_STREQ(placement_text(placement_t::leaf), "leaf");
-    EXPECT_STREQ(placement_text(placement_t::column), "column");
-    EXPECT_STREQ(placement_text(placement_t::row), "row");
-    EXPECT_STREQ(placement_text(placement_t::overlay), "overlay");
-    EXPECT_STREQ(placement_text(static_cast<placement_t>(4)), "invalid");
+    const std::pair<alignment_t, const char*> alignments[] = {
+        {alignment_t::forward, "forward"},
+        {alignment_t::reverse, "reverse"},
+        {alignment_t::center, "center"},
+        {alignment_t::proportional, "proportional"},
+        {alignment_t::forward_fill, "forward_fill"},
+        {alignment_t::reverse_fill, "reverse_fill"},
+        {alignment_t::default_, "default"},
+        {static_cast<alignment_t>(7), "invalid"},
+        {static_cast<alignment_t>(-1), "invalid"}};
+    for (const auto& [alignment, text] : alignments)
+        EXPECT_STREQ(alignment_text(alignment), text);
+    const std::pair<placement_t, const char*> placements[] = {
+        {placement_t::leaf, "leaf"},
+        {placement_t::column, "column"},
+        {placement_t::row, "row"},
+        {placement_t::overlay, "overlay"},
+        {static_cast<placement_t>(4), "invalid"}};
+    for (const auto& [placement, text] : placements)
+        EXPECT_STREQ(placement_text(placement), text);
 }
 
 TEST(LayoutRecords, CompareFieldByField) {
@@ -109,9 +176,6 @@ TEST(LayoutRecords, ReportOfAnUnsolvedTreeShowsAnInvalidAlignment) {
                                "vertical: center, placement: invalid);\n");
 }
 
-// ---------------------------------------------------------------------------------------------
-// Construction
-
 TEST(TessTree, OneRootOnlyContainersTakeChildrenAndPlaceablesAreRequired) {
     tree_t t;
     it_t root = t.add_container(it_t(), "row", container(placement_t::row));
@@ -124,9 +188,6 @@ TEST(TessTree, OneRootOnlyContainersTakeChildrenAndPlaceablesAreRequired) {
     EXPECT_TRUE(t.tess.empty());
     EXPECT_EQ(t.tess.evaluate(true), std::make_pair(0, 0));
 }
-
-// ---------------------------------------------------------------------------------------------
-// Rows, columns, overlays
 
 TEST(TessPlacement, RowReportWithSpacingAndDefaultAlignments) {
     tree_t t;
@@ -157,13 +218,12 @@ TEST(TessPlacement, NestedReportIndentsByFourPerDepth) {
     t.add_container(column, "empty", container(placement_t::overlay));
     t.tess.evaluate(true);
     const std::string report = t.tess.report();
-    EXPECT_NE(report.find("\n    row(left: 0"), std::string::npos) << report;
-    EXPECT_NE(report.find("\n        a(left: 0"), std::string::npos) << report;
-    EXPECT_NE(report.find("placement: row) {\n"), std::string::npos) << report;
-    EXPECT_NE(report.find("placement: overlay) {\n    }\n}\n"), std::string::npos) << report;
+    for (const char* part : {"\n    row(left: 0", "\n        a(left: 0", "placement: row) {\n",
+                             "placement: overlay) {\n    }\n}\n"})
+        EXPECT_NE(report.find(part), std::string::npos) << part << " in " << report;
 }
 
-TEST(TessPlacement, ColumnMarginsAndSpacing) {
+TEST(TessPlacement, ColumnMarginsSpacingAndFrames) {
     tree_t t;
     layout_attributes_t a = container(placement_t::column, {0, 4});
     a.axis[0].margin = {5, 6};
@@ -173,10 +233,18 @@ TEST(TessPlacement, ColumnMarginsAndSpacing) {
     it_t y = t.add(column, "y", size_of(40, 10));
     // width 5 + 40 + 6 = 51; height 7 + 20 + 4 + 10 + 8 = 49.
     EXPECT_EQ(t.tess.evaluate(true), std::make_pair(51, 49));
-    EXPECT_EQ(t.at(x).left(), 5);
-    EXPECT_EQ(t.at(x).top(), 7);
-    EXPECT_EQ(t.at(y).left(), 5);
-    EXPECT_EQ(t.at(y).top(), 31);
+    EXPECT_EQ(t.xy(x), xy_t(5, 7));
+    EXPECT_EQ(t.xy(y), xy_t(5, 31));
+
+    // A frame reserves a strip inside the box: 4 + 20 + 4 = 28 by 16 + 10 + 4 = 30.
+    tree_t f;
+    extents_t group = size_of(0, 0);
+    group.horizontal().frame = {4, 4};
+    group.vertical().frame = {16, 4};
+    it_t inside = f.add(f.add_container(it_t(), "group", container(placement_t::column), group),
+                        "x", size_of(20, 10));
+    EXPECT_EQ(f.tess.evaluate(true), std::make_pair(28, 30));
+    EXPECT_EQ(f.xy(inside), xy_t(4, 16));
 }
 
 TEST(TessPlacement, OverlayStacksChildrenInOneFrame) {
@@ -189,22 +257,8 @@ TEST(TessPlacement, OverlayStacksChildrenInOneFrame) {
     // No major axis: spacing plays no part; width max(40, 10), centred: (0 + 40 - 10) / 2 = 15.
     EXPECT_EQ(t.tess.evaluate(true), std::make_pair(40, 30));
     EXPECT_EQ(t.at(big).left(), 0);
-    EXPECT_EQ(t.at(small).left(), 15);
-    EXPECT_EQ(t.at(small).top(), 0);
+    EXPECT_EQ(t.xy(small), xy_t(15, 0));
     EXPECT_EQ(t.tess.attributes(small).axis[0].alignment, alignment_t::center);
-}
-
-TEST(TessPlacement, FrameReservesAStripInsideTheBox) {
-    tree_t t;
-    extents_t group = size_of(0, 0);
-    group.horizontal().frame = {4, 4};
-    group.vertical().frame = {16, 4};
-    it_t g = t.add_container(it_t(), "group", container(placement_t::column), group);
-    it_t x = t.add(g, "x", size_of(20, 10));
-    // 4 + 20 + 4 = 28 by 16 + 10 + 4 = 30.
-    EXPECT_EQ(t.tess.evaluate(true), std::make_pair(28, 30));
-    EXPECT_EQ(t.at(x).left(), 4);
-    EXPECT_EQ(t.at(x).top(), 16);
 }
 
 TEST(TessPlacement, NaturalLengthOfAContainerIsAMinimum) {
@@ -231,19 +285,14 @@ TEST(TessPlacement, CreatedContainersKeepChildrenRelativeUnlessAbsolute) {
     it_t b = t.add(inner2, "b", size_of(5, 5));
 
     t.tess.evaluate(false);
-    EXPECT_EQ(t.at(group).left(), 10);
-    EXPECT_EQ(t.at(group).top(), 20);
+    EXPECT_EQ(t.xy(group), xy_t(10, 20));
     // Inside the created group: positions relative to it; the plain rows pass theirs on.
-    EXPECT_EQ(t.at(a).left(), 0);
-    EXPECT_EQ(t.at(a).top(), 0);
-    EXPECT_EQ(t.at(b).left(), 3);
-    EXPECT_EQ(t.at(b).top(), 5);
+    EXPECT_EQ(t.xy(a), xy_t(0, 0));
+    EXPECT_EQ(t.xy(b), xy_t(3, 5));
 
     t.tess.evaluate(true);
-    EXPECT_EQ(t.at(a).left(), 10);
-    EXPECT_EQ(t.at(a).top(), 20);
-    EXPECT_EQ(t.at(b).left(), 13);
-    EXPECT_EQ(t.at(b).top(), 25);
+    EXPECT_EQ(t.xy(a), xy_t(10, 20));
+    EXPECT_EQ(t.xy(b), xy_t(13, 25));
     // The placeables received what the tree holds.
     EXPECT_EQ(t.boxes[4]->placed(), t.at(a));
 }
@@ -267,8 +316,15 @@ TEST(TessPlacement, InvisibleSubtreesAreSkipped) {
     EXPECT_EQ(t.tess.evaluate(true), std::make_pair(30 + 10 + 500 + 10 + 5, 500));
 }
 
-// ---------------------------------------------------------------------------------------------
-// Alignments
+TEST(TessPlacement, AbsurdLengthsSaturateInsteadOfOverflowing) {
+    tree_t t;
+    it_t row = t.add_container(it_t(), "row", container(placement_t::row));
+    const std::int32_t huge = std::numeric_limits<std::int32_t>::max();
+    for (int i = 0; i != 3; ++i)
+        t.add(row, "huge", guided(huge, huge, {huge}, {huge}));
+    // Every sum is held at 2^30, far beyond any screen, rather than wrapping negative.
+    EXPECT_EQ(t.tess.evaluate(true), std::make_pair(1 << 30, 1 << 30));
+}
 
 TEST(TessAlignment, DefaultResolvesToTheParentsChildAlignment) {
     tree_t t;
@@ -288,53 +344,68 @@ TEST(TessAlignment, DefaultResolvesToTheParentsChildAlignment) {
     EXPECT_EQ(t.tess.report().find("default"), std::string::npos);
 }
 
-TEST(TessAlignment, MinorAxisCenterReverseAndIndent) {
+TEST(TessAlignment, MinorAxisCenterReverseIndentAndFills) {
     tree_t t;
-    it_t column = t.add_container(it_t(), "column", container(placement_t::column));
-    it_t centered = t.add(column, "c", size_of(30, 1), aligned(alignment_t::center));
-    layout_attributes_t r = aligned(alignment_t::reverse);
-    r.indent = 7;
-    it_t reversed = t.add(column, "r", size_of(30, 1), r);
-    layout_attributes_t f = aligned(alignment_t::forward);
-    f.indent = 7;
-    it_t indented = t.add(column, "f", size_of(30, 1), f);
-    it_t filled = t.add(column, "fill", size_of(30, 1), aligned(alignment_t::forward_fill));
-
+    layout_attributes_t reverse = aligned(alignment_t::reverse);
+    reverse.indent = 7;
+    layout_attributes_t forward = aligned(alignment_t::forward);
+    forward.indent = 7;
+    const std::vector<it_t> items =
+        t.line(placement_t::column, {{30, aligned(alignment_t::center)},
+                                     {30, reverse},
+                                     {30, forward},
+                                     {30, aligned(alignment_t::forward_fill)},
+                                     {30, aligned(alignment_t::reverse_fill)}});
     t.tess.evaluate(true, 101, 0);
-    EXPECT_EQ(t.at(centered).left(), 35); // (0 + 101 - 30) / 2 = 35.5, truncated
-    EXPECT_EQ(t.at(reversed).left(), 64); // 101 - 7 - 30
-    EXPECT_EQ(t.at(indented).left(), 7);
-    EXPECT_EQ(t.at(filled).left(), 0);
-    EXPECT_EQ(t.at(filled).width(), 101);
+    EXPECT_EQ(t.span(items[0]), xy_t(35, 30)); // (0 + 101 - 30) / 2 = 35.5, truncated
+    EXPECT_EQ(t.span(items[1]), xy_t(64, 30)); // 101 - 7 - 30
+    EXPECT_EQ(t.span(items[2]), xy_t(7, 30));
+    EXPECT_EQ(t.span(items[3]), xy_t(0, 101));
+    // A reverse fill takes the length but keeps the position of its minimum: 101 - 30.
+    EXPECT_EQ(t.span(items[4]), xy_t(71, 101));
     // The indent counts toward the column's natural width: 7 + 30.
     EXPECT_EQ(t.tess.evaluate(true).first, 37);
 }
 
-TEST(TessAlignment, MinorReverseFillTakesTheLengthButKeepsThePositionOfItsMinimum) {
-    tree_t t;
-    it_t column = t.add_container(it_t(), "column", container(placement_t::column));
-    it_t item = t.add(column, "item", size_of(30, 1), aligned(alignment_t::reverse_fill));
-    t.tess.evaluate(true, 100, 0);
-    EXPECT_EQ(t.at(item).width(), 100);
-    EXPECT_EQ(t.at(item).left(), 70);
+TEST(TessAlignment, MajorAxisFillsReversesCentersAndProportions) {
+    // Spare 126 - 25 = 101: the first fill takes 101 / 2 = 50, the second the other 51.
+    tree_t fills;
+    const std::vector<it_t> f =
+        fills.line(placement_t::row, {{10, aligned(alignment_t::forward_fill)},
+                                      {5, {}},
+                                      {10, aligned(alignment_t::forward_fill)}});
+    fills.tess.evaluate(true, 126, 0);
+    EXPECT_EQ(fills.span(f[0]), xy_t(0, 60));
+    EXPECT_EQ(fills.span(f[1]), xy_t(60, 5));
+    EXPECT_EQ(fills.span(f[2]), xy_t(65, 61));
+
+    // Spare 100 - 80 = 20, all to p. Before it lie 30 of the free 100 - 20 - 20 = 60 pixels:
+    // floor(30 / 60 * 20 + 0.5) = 10, so p sits at 30 + 10 and b after the share at 30 + 20 + 20.
+    tree_t share;
+    const std::vector<it_t> p = share.line(
+        placement_t::row, {{30, {}}, {20, aligned(alignment_t::proportional)}, {30, {}}});
+    share.tess.evaluate(true, 100, 0);
+    EXPECT_EQ(share.at(p[0]).left(), 0);
+    EXPECT_EQ(share.at(p[1]).left(), 40);
+    EXPECT_EQ(share.at(p[2]).left(), 70);
+
+    // Spare 101 - 60 = 41: c gets 20 and sits at 30 + 10; d gets 21 and sits at 70 + 10.
+    tree_t centred;
+    const std::vector<it_t> c = centred.line(
+        placement_t::row,
+        {{30, {}}, {20, aligned(alignment_t::center)}, {10, aligned(alignment_t::center)}});
+    centred.tess.evaluate(true, 101, 0);
+    EXPECT_EQ(centred.at(c[1]).left(), 40);
+    EXPECT_EQ(centred.at(c[2]).left(), 80);
+
+    // Proportional alone does not divide by zero.
+    tree_t alone;
+    const it_t lone = alone.line(placement_t::row, {{20, aligned(alignment_t::proportional)}})[0];
+    alone.tess.evaluate(true, 100, 0);
+    EXPECT_EQ(alone.span(lone), xy_t(0, 20));
 }
 
-TEST(TessAlignment, TwoFillsShareTheSpareLength) {
-    tree_t t;
-    it_t row = t.add_container(it_t(), "row", container(placement_t::row));
-    it_t first = t.add(row, "first", size_of(10, 1), aligned(alignment_t::forward_fill));
-    it_t fixed = t.add(row, "fixed", size_of(5, 1));
-    it_t second = t.add(row, "second", size_of(10, 1), aligned(alignment_t::forward_fill));
-    // Spare 126 - 25 = 101: the first takes 101 / 2 = 50, the second the other 51.
-    t.tess.evaluate(true, 126, 0);
-    EXPECT_EQ(t.at(first).left(), 0);
-    EXPECT_EQ(t.at(first).width(), 60);
-    EXPECT_EQ(t.at(fixed).left(), 60);
-    EXPECT_EQ(t.at(second).left(), 65);
-    EXPECT_EQ(t.at(second).width(), 61);
-}
-
-TEST(TessAlignment, ReverseAfterForwardSitsAtTheFarEdge) {
+TEST(TessAlignment, ReverseAfterForwardSitsAtTheFarEdgeAndNeverBefore) {
     tree_t t;
     layout_attributes_t a = container(placement_t::row, {0, 3});
     a.axis[0].margin = {2, 4};
@@ -345,59 +416,19 @@ TEST(TessAlignment, ReverseAfterForwardSitsAtTheFarEdge) {
     // far = 100 - 4 = 96. "last" takes the whole spare: 100 - (2 + 20 + 3 + 30 + 3 + 10 + 4) = 28.
     t.tess.evaluate(true, 100, 0);
     EXPECT_EQ(t.at(left).left(), 2);
-    EXPECT_EQ(t.at(last).width(), 38);
-    EXPECT_EQ(t.at(last).left(), 58);  // 96 - 38
-    EXPECT_EQ(t.at(right).left(), 25); // 58 - 3 - 30
-}
+    EXPECT_EQ(t.span(last), xy_t(58, 38)); // 96 - 38
+    EXPECT_EQ(t.at(right).left(), 25);     // 58 - 3 - 30
 
-TEST(TessAlignment, ReverseBeforeForwardFails) {
-    tree_t t;
-    it_t row = t.add_container(it_t(), "row", container(placement_t::row));
-    t.add(row, "right", size_of(30, 1), aligned(alignment_t::reverse));
-    t.add(row, "left", size_of(20, 1), aligned(alignment_t::forward));
+    tree_t wrong;
+    wrong.line(placement_t::row,
+               {{30, aligned(alignment_t::reverse)}, {20, aligned(alignment_t::forward)}});
     try {
-        t.tess.evaluate(true);
+        wrong.tess.evaluate(true);
         FAIL() << "expected a logic error";
     } catch (const std::logic_error& error) {
         EXPECT_STREQ(error.what(), "Right align item before other item.");
     }
 }
-
-TEST(TessAlignment, CenterAndProportionalOnTheMajorAxis) {
-    tree_t t;
-    it_t row = t.add_container(it_t(), "row", container(placement_t::row));
-    it_t a = t.add(row, "a", size_of(30, 1));
-    it_t p = t.add(row, "p", size_of(20, 1), aligned(alignment_t::proportional));
-    it_t b = t.add(row, "b", size_of(30, 1));
-    // Spare 100 - 80 = 20, all to p. Before it lie 30 of the free 100 - 20 - 20 = 60 pixels:
-    // floor(30 / 60 * 20 + 0.5) = 10, so p sits at 30 + 10 and b after the share at 30 + 20 + 20.
-    t.tess.evaluate(true, 100, 0);
-    EXPECT_EQ(t.at(p).left(), 40);
-    EXPECT_EQ(t.at(b).left(), 70);
-    EXPECT_EQ(t.at(a).left(), 0);
-
-    tree_t u;
-    it_t row2 = u.add_container(it_t(), "row", container(placement_t::row));
-    u.add(row2, "a", size_of(30, 1));
-    it_t c = u.add(row2, "c", size_of(20, 1), aligned(alignment_t::center));
-    it_t d = u.add(row2, "d", size_of(10, 1), aligned(alignment_t::center));
-    // Spare 101 - 60 = 41: c gets 20 and sits at 30 + 10; d gets 21 and sits at 70 + 10.
-    u.tess.evaluate(true, 101, 0);
-    EXPECT_EQ(u.at(c).left(), 40);
-    EXPECT_EQ(u.at(d).left(), 80);
-}
-
-TEST(TessAlignment, ProportionalAloneDoesNotDivideByZero) {
-    tree_t t;
-    it_t row = t.add_container(it_t(), "row", container(placement_t::row));
-    it_t p = t.add(row, "p", size_of(20, 1), aligned(alignment_t::proportional));
-    t.tess.evaluate(true, 100, 0);
-    EXPECT_EQ(t.at(p).left(), 0);
-    EXPECT_EQ(t.at(p).width(), 20);
-}
-
-// ---------------------------------------------------------------------------------------------
-// Outsets
 
 TEST(TessOutset, EmptyContainerTakesItsOwnSliceOutset) {
     tree_t t;
@@ -405,8 +436,7 @@ TEST(TessOutset, EmptyContainerTakesItsOwnSliceOutset) {
     own.horizontal().outset = {3, 4};
     own.vertical().outset = {1, 2};
     it_t row = t.add_container(it_t(), "row", container(placement_t::row), own);
-    it_t hidden = t.add(row, "hidden", size_of(5, 5));
-    t.tess.set_visible(hidden, false);
+    t.tess.set_visible(t.add(row, "hidden", size_of(5, 5)), false);
     t.tess.evaluate(true);
     EXPECT_EQ(t.at(row).horizontal().outset, length_pair_t(3, 4));
     EXPECT_EQ(t.at(row).vertical().outset, length_pair_t(1, 2));
@@ -431,9 +461,6 @@ TEST(TessOutset, ChildrenInkReachingPastTheEdgesWidensTheContainers) {
     EXPECT_EQ(t.at(row).horizontal().outset, length_pair_t(2, 3));
     EXPECT_EQ(t.at(row).vertical().outset, length_pair_t(2, 5));
 }
-
-// ---------------------------------------------------------------------------------------------
-// Guides
 
 /// A column of rows, each a label whose right edge is its guide, then a field.
 struct labelled_rows_t : tree_t {
@@ -464,13 +491,11 @@ TEST(TessGuides, LabelsAlignAcrossAColumnOfRows) {
     const std::int32_t label_down[] = {3, 6, 3};
     for (std::size_t i = 0; i != 3; ++i) {
         SCOPED_TRACE(i);
-        EXPECT_EQ(t.at(t.labels[i]).left(), label_left[i]);
-        EXPECT_EQ(t.at(t.labels[i]).left() + t.at(t.labels[i]).width(), 50);
-        EXPECT_EQ(t.at(t.fields[i]).left(), 55);
+        EXPECT_EQ(t.span(t.labels[i]), xy_t(label_left[i], 50 - label_left[i]));
+        EXPECT_EQ(t.xy(t.fields[i]), xy_t(55, row_top[i]));
         EXPECT_EQ(t.at(t.rows[i]).width(), 115);
         EXPECT_EQ(t.at(t.rows[i]).top(), row_top[i]);
         EXPECT_EQ(t.at(t.labels[i]).top(), row_top[i] + label_down[i]);
-        EXPECT_EQ(t.at(t.fields[i]).top(), row_top[i]);
         // Label and field baselines on one line.
         EXPECT_EQ(t.at(t.labels[i]).top() + 11,
                   t.at(t.fields[i]).top() + t.at(t.fields[i]).vertical().guide_set[0]);
@@ -495,7 +520,7 @@ TEST(TessGuides, SuppressedAndCenteredItemsTakeNoPart) {
     EXPECT_TRUE(u.tess.attributes(u.labels[1]).axis[0].suppress);
 }
 
-TEST(TessGuides, ReverseGuidesAlignAcrossRowsWithMargins) {
+TEST(TessGuides, ReverseGuidesAlignAcrossRowsAndInAColumn) {
     tree_t t;
     it_t column = t.add_container(it_t(), "column", container(placement_t::column));
     std::vector<it_t> ends;
@@ -513,19 +538,16 @@ TEST(TessGuides, ReverseGuidesAlignAcrossRowsWithMargins) {
     EXPECT_EQ(t.tess.evaluate(true).first, 100);
     EXPECT_EQ(t.at(ends[0]).left(), 55);
     EXPECT_EQ(t.at(ends[1]).left(), 55);
-    EXPECT_EQ(t.at(ends[0]).left() + 20, t.at(ends[1]).left() + 20);
-}
 
-TEST(TessGuides, ReverseLeavesInAColumnAlignTheirGuides) {
-    tree_t t;
-    it_t column = t.add_container(it_t(), "column", container(placement_t::column));
-    it_t a = t.add(column, "a", guided(40, 10, {10}), aligned(alignment_t::reverse));
-    it_t b = t.add(column, "b", guided(30, 10, {25}), aligned(alignment_t::reverse));
-    // From the far edge: 30 and 5. The guide sits 30 from the right of a column of width
-    // max(40, 30 + 30 - 5) = 55.
-    EXPECT_EQ(t.tess.evaluate(true).first, 55);
-    EXPECT_EQ(t.at(a).left() + 10, 25);
-    EXPECT_EQ(t.at(b).left() + 25, 25);
+    // Reverse leaves in a column: from the far edge 30 and 5. The guide sits 30 from the right
+    // of a column of width max(40, 30 + 30 - 5) = 55.
+    tree_t leaves;
+    it_t col = leaves.add_container(it_t(), "column", container(placement_t::column));
+    it_t a = leaves.add(col, "a", guided(40, 10, {10}), aligned(alignment_t::reverse));
+    it_t b = leaves.add(col, "b", guided(30, 10, {25}), aligned(alignment_t::reverse));
+    EXPECT_EQ(leaves.tess.evaluate(true).first, 55);
+    EXPECT_EQ(leaves.at(a).left() + 10, 25);
+    EXPECT_EQ(leaves.at(b).left() + 25, 25);
 }
 
 TEST(TessGuides, BalanceRespacesGuidesEvenly) {
@@ -574,48 +596,30 @@ TEST(TessGuides, AGuideSolveThatCannotSettleStopsAfterNodeCountPlusOneRounds) {
     EXPECT_LT(t.tess.guide_rounds().first, t.tess.size() + 1);
 }
 
-TEST(TessPlacement, AbsurdLengthsSaturateInsteadOfOverflowing) {
-    tree_t t;
-    it_t row = t.add_container(it_t(), "row", container(placement_t::row));
-    const std::int32_t huge = std::numeric_limits<std::int32_t>::max();
-    for (int i = 0; i != 3; ++i)
-        t.add(row, "huge", guided(huge, huge, {huge}, {huge}));
-    // Every sum is held at 2^30, far beyond any screen, rather than wrapping negative.
-    const auto size = t.tess.evaluate(true);
-    EXPECT_EQ(size.first, 1 << 30);
-    EXPECT_EQ(size.second, 1 << 30);
-}
-
-// ---------------------------------------------------------------------------------------------
-// The second pass
-
 TEST(TessTwoPass, HeightFollowsTheSolvedWidth) {
-    tess_t tess;
-    it_t column = tess.add_placeable(it_t(), container(placement_t::column), true,
-                                     std::make_shared<box_t>("column", extents_t()));
-    auto wide = std::make_shared<box_t>("wide", size_of(100, 10));
-    tess.add_placeable(column, {}, false, wide);
-    auto wrap = std::make_shared<wrap_t>(40, 1200);
-    it_t w = tess.add_placeable(column, aligned(alignment_t::forward_fill), false, wrap);
-
-    // Filled to the column's 100: 1200 / 100 = 12 high, not the first pass's 1200 / 40 = 30.
-    EXPECT_EQ(tess.evaluate(true), std::make_pair(100, 22));
-    EXPECT_EQ(wrap->given_width(), 100);
-    EXPECT_EQ(wrap->given_place_width(), 100);
-    EXPECT_EQ(tess.place_data(w).height(), 12);
-    EXPECT_EQ(wrap->placed().top(), 10);
-
-    // Narrower: 1200 / 150 = 8.
-    EXPECT_EQ(tess.evaluate(true, 150, 0), std::make_pair(150, 18));
-    EXPECT_EQ(wrap->given_width(), 150);
-}
-
-TEST(TessTwoPass, ASinglePassPlaceableKeepsItsFirstVerticalSlice) {
     tree_t t;
     it_t column = t.add_container(it_t(), "column", container(placement_t::column));
-    it_t b = t.add(column, "b", size_of(40, 30), aligned(alignment_t::forward_fill));
-    EXPECT_EQ(t.tess.evaluate(true, 400, 0), std::make_pair(400, 30));
-    EXPECT_EQ(t.at(b).height(), 30);
+    t.add(column, "wide", size_of(100, 10));
+    auto wrap = std::make_shared<wrap_t>(40, 1200);
+    it_t w = t.tess.add_placeable(column, aligned(alignment_t::forward_fill), false, wrap);
+
+    // Filled to the column's 100: 1200 / 100 = 12 high, not the first pass's 1200 / 40 = 30.
+    EXPECT_EQ(t.tess.evaluate(true), std::make_pair(100, 22));
+    EXPECT_EQ(wrap->given_width_m, 100);
+    EXPECT_EQ(wrap->given_place_width_m, 100);
+    EXPECT_EQ(t.at(w).height(), 12);
+    EXPECT_EQ(wrap->placed_m.top(), 10);
+
+    // Narrower: 1200 / 150 = 8.
+    EXPECT_EQ(t.tess.evaluate(true, 150, 0), std::make_pair(150, 18));
+    EXPECT_EQ(wrap->given_width_m, 150);
+
+    // A single-pass placeable keeps its first vertical slice.
+    tree_t single;
+    it_t b = single.add(single.add_container(it_t(), "column", container(placement_t::column)), "b",
+                        size_of(40, 30), aligned(alignment_t::forward_fill));
+    EXPECT_EQ(single.tess.evaluate(true, 400, 0), std::make_pair(400, 30));
+    EXPECT_EQ(single.at(b).height(), 30);
 }
 
 } // namespace

@@ -2,38 +2,13 @@
 
 #include "sheet_fixture.hpp"
 
-#include <sstream>
-
 using namespace vorlen;
 using vorlen::testing::script_sheet_t;
-
-namespace {
-
-std::string text_of(const any_regular_t& value) {
-    std::ostringstream out;
-    out << value;
-    return out.str();
-}
-
-std::vector<name_t> names(std::initializer_list<const char*> texts) {
-    std::vector<name_t> result;
-    for (const char* text : texts)
-        result.emplace_back(text);
-    return result;
-}
-
-} // namespace
+using vorlen::testing::text_of;
+using vorlen::testing::updated;
 
 TEST(SheetMonitor, ValueIsCalledAtOnceAndThenOnChangeOnly) {
-    script_sheet_t s(R"(
-sheet values {
-interface:
-    a: 1;
-output:
-    sign <== a < 0 ? -1 : 1;
-}
-)");
-    s.sheet.update();
+    script_sheet_t s("sheet values { interface: a: 1; output: sign <== a < 0 ? -1 : 1; }", updated);
     std::vector<double> calls;
     sheet_t::connection_t connection = s.sheet.monitor_value(
         name_t("sign"), [&](const any_regular_t& v) { calls.push_back(v.cast<double>()); });
@@ -51,26 +26,14 @@ output:
 }
 
 TEST(SheetMonitor, InvariantPoisonsItsContributorsOnTheChangeOnly) {
-    script_sheet_t s(R"(
-sheet range {
-interface:
-    low: 1;
-    high: 5;
-    gain: 0;
-invariant:
-    ordered <== low < high;
-output:
-    width <== high - low;
-    level <== gain;
-}
-)");
-    s.sheet.update();
+    script_sheet_t s("sheet range { interface: low: 1; high: 5; gain: 0;"
+                     " invariant: ordered <== low < high;"
+                     " output: width <== high - low; level <== gain; }",
+                     updated);
     std::vector<bool> width_calls, level_calls, low_enabled;
     s.sheet.monitor_invariant_dependent(name_t("width"), [&](bool v) { width_calls.push_back(v); });
     s.sheet.monitor_invariant_dependent(name_t("level"), [&](bool v) { level_calls.push_back(v); });
-    const std::vector<name_t> touch = names({"low"});
-    s.sheet.monitor_enabled(name_t("low"), touch.data(), touch.data() + 1,
-                            [&](bool v) { low_enabled.push_back(v); });
+    s.monitor_enabled("low", {"low"}, low_enabled);
 
     s.set_update("low", 10.0); // breaks the invariant
     s.sheet.update();          // still broken: no second call
@@ -86,16 +49,8 @@ output:
 }
 
 TEST(SheetMonitor, ContributingIsCalledOnEveryUpdateWithItsMark) {
-    script_sheet_t s(R"(
-sheet contributors {
-interface:
-    a: 1;
-    b: 2;
-output:
-    sum <== a + b;
-}
-)");
-    s.sheet.update();
+    script_sheet_t s("sheet contributors { interface: a: 1; b: 2; output: sum <== a + b; }",
+                     updated);
     dictionary_t mark;
     mark[name_t("a")] = 1.0;
     mark[name_t("b")] = 2.0;
@@ -113,25 +68,11 @@ output:
 }
 
 TEST(SheetMonitor, EnabledFollowsTheSideThatFeedsTheOutputs) {
-    script_sheet_t s(R"(
-sheet sides {
-interface:
-    a: 1;
-    b: 2;
-    c: 3;
-logic:
-    relate { a <== b * 2; b <== a / 2; }
-output:
-    o <== a;
-}
-)");
+    script_sheet_t s("sheet sides { interface: a: 1; b: 2; c: 3;"
+                     " logic: relate { a <== b * 2; b <== a / 2; } output: o <== a; }");
     std::vector<bool> a_calls, b_calls;
-    const std::vector<name_t> touch_a = names({"a"});
-    const std::vector<name_t> touch_b = names({"b"});
-    s.sheet.monitor_enabled(name_t("a"), touch_a.data(), touch_a.data() + 1,
-                            [&](bool v) { a_calls.push_back(v); });
-    s.sheet.monitor_enabled(name_t("b"), touch_b.data(), touch_b.data() + 1,
-                            [&](bool v) { b_calls.push_back(v); });
+    s.monitor_enabled("a", {"a"}, a_calls);
+    s.monitor_enabled("b", {"b"}, b_calls);
     // Before the first update nothing is published.
     EXPECT_EQ(a_calls, std::vector<bool>{false});
     EXPECT_EQ(b_calls, std::vector<bool>{false});
@@ -146,25 +87,13 @@ output:
 }
 
 TEST(SheetMonitor, EnabledCountsAnInputReadAsItselfWhileTouched) {
-    script_sheet_t s(R"(
-sheet accessed {
-interface:
-    a: 1;
-    b: 2;
-    c: 3;
-logic:
-    when (c > 0) relate { a <== b * 2; b <== a / 2; }
-output:
-    o <== c;
-}
-)");
+    script_sheet_t s(
+        "sheet accessed { interface: a: 1; b: 2; c: 3;"
+        " logic: when (c > 0) relate { a <== b * 2; b <== a / 2; } output: o <== c; }");
     std::vector<bool> a_calls, b_calls, c_calls;
-    const std::vector<name_t> touch = names({"a", "b"});
-    s.sheet.monitor_enabled(name_t("a"), touch.data(), touch.data() + 2,
-                            [&](bool v) { a_calls.push_back(v); });
-    s.sheet.monitor_enabled(name_t("b"), touch.data(), touch.data() + 2,
-                            [&](bool v) { b_calls.push_back(v); });
-    s.sheet.monitor_enabled(name_t("c"), nullptr, nullptr, [&](bool v) { c_calls.push_back(v); });
+    s.monitor_enabled("a", {"a", "b"}, a_calls);
+    s.monitor_enabled("b", {"a", "b"}, b_calls);
+    s.monitor_enabled("c", {}, c_calls);
 
     // No output reads a or b, but a holds its value, read as itself, inside a touched relation.
     s.set_update("a", 4.0);
@@ -173,10 +102,8 @@ output:
     EXPECT_EQ(c_calls, (std::vector<bool>{false, true}));
     // A control connected now is told the same at once.
     std::vector<bool> late_a, late_b;
-    s.sheet.monitor_enabled(name_t("a"), touch.data(), touch.data() + 2,
-                            [&](bool v) { late_a.push_back(v); });
-    s.sheet.monitor_enabled(name_t("b"), touch.data(), touch.data() + 2,
-                            [&](bool v) { late_b.push_back(v); });
+    s.monitor_enabled("a", {"a", "b"}, late_a);
+    s.monitor_enabled("b", {"a", "b"}, late_b);
     EXPECT_EQ(late_a, std::vector<bool>{true});
     EXPECT_EQ(late_b, std::vector<bool>{false});
 
@@ -205,20 +132,9 @@ TEST(SheetMonitor, FireOutputByOutputInHashOrderThenEnabling) {
         expected_order.emplace_back(entry.first.c_str());
     ASSERT_NE(expected_order, std::vector<std::string>(std::begin(order), std::end(order)));
 
-    script_sheet_t s(R"(
-sheet order {
-interface:
-    gain: 1;
-    level: 2;
-invariant:
-    out0 <== gain < 10;
-output:
-    out1 <== gain;
-    out2 <== gain + level;
-    out3 <== level;
-}
-)");
-    s.sheet.update();
+    script_sheet_t s("sheet order { interface: gain: 1; level: 2; invariant: out0 <== gain < 10;"
+                     " output: out1 <== gain; out2 <== gain + level; out3 <== level; }",
+                     updated);
     std::vector<std::string> log;
     for (const char* name : order) {
         const std::string n = name;
@@ -231,7 +147,7 @@ output:
             log.push_back(n + " contributing");
         });
     }
-    const std::vector<name_t> touch = names({"level"});
+    const std::vector<name_t> touch = script_sheet_t::names_of({"level"});
     s.sheet.monitor_enabled(name_t("level"), touch.data(), touch.data() + 1, [&log](bool v) {
         log.push_back(std::string("level control ") + (v ? "1" : "0"));
     });
@@ -248,25 +164,16 @@ output:
         return name == "gain" || name == "out0" || name == "out1" || name == "out2";
     };
     for (const std::string& name : expected_order) {
-        if (changes(name))
-            expected.push_back(name + " enabled 0");
         if (changes(name)) {
-            const any_regular_t value = s.sheet.get(name_t(name.c_str()));
-            expected.push_back(name + " value " + text_of(value));
+            expected.push_back(name + " enabled 0");
+            expected.push_back(name + " value " + text_of(s.sheet.get(name_t(name.c_str()))));
         }
         expected.push_back(name + " contributing");
     }
     EXPECT_EQ(log, expected);
 
     // The enabling group fires after every cell, at the very end.
-    script_sheet_t t(R"(
-sheet late {
-interface:
-    a: 1;
-output:
-    o <== a;
-}
-)");
+    script_sheet_t t("sheet late { interface: a: 1; output: o <== a; }");
     std::vector<std::string> late;
     t.sheet.monitor_enabled(name_t("a"), nullptr, nullptr,
                             [&late](bool v) { late.push_back(v ? "enabled" : "disabled"); });
@@ -277,12 +184,7 @@ output:
 }
 
 TEST(SheetMonitor, ConnectionsAreIndependent) {
-    script_sheet_t s(R"(
-sheet two {
-interface:
-    a: 1;
-}
-)");
+    script_sheet_t s("sheet two { interface: a: 1; }");
     int first = 0, second = 0;
     sheet_t::connection_t c1 =
         s.sheet.monitor_value(name_t("a"), [&](const any_regular_t&) { ++first; });

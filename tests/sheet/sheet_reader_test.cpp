@@ -6,20 +6,11 @@
 #include <sstream>
 
 using namespace vorlen;
+using vorlen::testing::outcome_of;
 using vorlen::testing::script_sheet_t;
+using vorlen::testing::updated;
 
 namespace {
-
-/// "file:line:column: message" of reading `script`, or "ok".
-std::string read_result(std::string_view script) {
-    sheet_t sheet;
-    try {
-        parse_sheet_script(script, name_t("test.mrl"), sheet);
-    } catch (const stream_error_t& error) {
-        return format_stream_error(error);
-    }
-    return "ok";
-}
 
 const char* const full_script = R"(// Every form of the language.
 sheet Everything {
@@ -62,20 +53,16 @@ invariant:
 } // namespace
 
 TEST(SheetReader, ReadsEveryForm) {
-    script_sheet_t s(full_script);
-    s.sheet.update();
+    script_sheet_t s(full_script, updated);
     EXPECT_EQ(s.sheet.get(name_t("unit")), any_regular_t("\xC2\xB0"
                                                          "C"));
     EXPECT_EQ(s.number("range"), 24);
     EXPECT_EQ(s.inspect("settings.text_placement"), any_regular_t(name_t("left_top")));
     EXPECT_EQ(s.inspect("settings.label1"), any_regular_t("-18"));
-    EXPECT_EQ(s.number("linked_cell"), -6);
-    EXPECT_EQ(s.number("plain"), 1);
-    EXPECT_EQ(s.number("derived"), -12);
-    EXPECT_EQ(s.number("unlinked_derived"), 2);
+    EXPECT_EQ(s.numbers({"linked_cell", "plain", "derived", "unlinked_derived"}),
+              (std::vector<double>{-6, 1, -12, 2}));
     EXPECT_EQ(s.inspect("points"), s.inspect("[1, 1]"));
-    EXPECT_EQ(s.number("out0"), 0.5);
-    EXPECT_EQ(s.number("out1"), 0.25);
+    EXPECT_EQ(s.numbers({"out0", "out1"}), (std::vector<double>{0.5, 0.25}));
     EXPECT_EQ(s.sheet.get(name_t("in_range")), any_regular_t(true));
     EXPECT_EQ(s.number("doubled"), s.number("a") * 2);
 
@@ -92,15 +79,6 @@ TEST(SheetReader, ReadsEveryForm) {
     // A computed interface cell ignores what a control writes to it.
     s.set_update("derived", 100.0);
     EXPECT_EQ(s.number("derived"), -12);
-}
-
-TEST(SheetReader, AcceptsEmptySheetsAndSections) {
-    EXPECT_EQ(read_result("sheet LoudnessMeterUI { }"), "ok");
-    EXPECT_EQ(read_result("sheet VocalEnhancerUI\r\n{\r\nconstant:\r\ninput:\r\ninterface:\r\n"
-                          "output:\r\n}\r\n"),
-              "ok");
-    // Sections may come in any order and repeat.
-    EXPECT_EQ(read_result("sheet s { output: o <== 1; constant: k: 1; output: p <== k; }"), "ok");
 }
 
 TEST(SheetReader, SameDeclaredNameLoadsIndependently) {
@@ -130,63 +108,57 @@ TEST(SheetReader, ReadsFromAStream) {
     }
 }
 
-TEST(SheetReader, ErrorsNameFileLineAndColumn) {
-    // CR LF and bare LF count lines alike.
-    EXPECT_EQ(read_result("sheet x {\r\ninterface:\n  a: 1\r\n}"),
-              "test.mrl:4:1: property model description: expected ';', found '}'");
-    EXPECT_EQ(read_result(""), "test.mrl:1:1: property model description: expected 'sheet', "
-                               "found end of input");
-    EXPECT_EQ(read_result("sheet { }"),
-              "test.mrl:1:7: property model description: expected a name, found '{'");
-    EXPECT_EQ(read_result("sheet x { a: 1; }"),
-              "test.mrl:1:11: property model description: expected a section such as "
-              "'interface:', found 'a'");
-    EXPECT_EQ(read_result("sheet x { } extra"),
-              "test.mrl:1:13: property model description: expected end of input, found 'extra'");
-    EXPECT_EQ(read_result("sheet x {\n constant:\n  k: ;\n}"),
-              "test.mrl:3:6: property model description: expected an expression, found ';'");
-    EXPECT_EQ(read_result("sheet x { interface: unlink a; }"),
-              "test.mrl:1:30: property model description: expected ':' or '<==', found ';'");
-    EXPECT_EQ(read_result("sheet x { output: o: 1; }"),
-              "test.mrl:1:20: property model description: expected '<==', found ':'");
-    EXPECT_EQ(read_result("sheet x { logic: when a relate { } }"),
-              "test.mrl:1:23: property model description: expected '(', found 'a'");
-    EXPECT_EQ(read_result("sheet x { interface: a: 1; logic: relate { a <== 1; } }"),
-              "test.mrl:1:35: property model description: a relate clause needs at least two "
-              "terms");
-    // Section words are reserved: they cannot name cells.
-    EXPECT_EQ(read_result("sheet x { interface: unlink input: 1; }"),
-              "test.mrl:1:29: property model description: expected a cell name, found 'input'");
-    // Errors of the token reader get the same prefix.
-    EXPECT_EQ(read_result("sheet x {\n constant:\n  k: 1;\xff\n}"),
-              "test.mrl:3:8: property model description: unexpected byte 0xFF");
-    EXPECT_EQ(read_result("sheet x { constant: k: \"open\n; }"),
-              "test.mrl:1:24: property model description: unterminated string");
-    // Failures of the sheet keep their own texts, at the statement.
-    EXPECT_EQ(read_result("sheet x {\n interface:\n  a: 1;\n  a: 2;\n}"),
-              "test.mrl:4:3: cell named 'a'already exists.");
-    EXPECT_EQ(read_result("sheet x { interface: a: 1; logic: relate { a <== 1; b <== 2; } }"),
-              "test.mrl:1:35: interface cell b does not exist.");
-}
-
-TEST(SheetReader, BuildsInScriptOrder) {
-    // A statement sees only what came before it.
-    EXPECT_EQ(read_result("sheet x { input: a: b; b: 1; }"),
-              "test.mrl:1:18: variable b not found.");
-    EXPECT_EQ(read_result("sheet x { logic: relate { a <== b; b <== a; } interface: a: 1; b: 2; }"),
-              "test.mrl:1:18: interface cell a does not exist.");
-    EXPECT_EQ(read_result("sheet x { interface: a: 1; b: 2; logic: relate { a <== b; b <== a; } }"),
-              "ok");
+TEST(SheetReader, AcceptsOrRefusesWithFileLineAndColumn) {
+    const std::string description = ": property model description: ";
+    const std::pair<const char*, std::string> rows[] = {
+        {"sheet LoudnessMeterUI { }", "ok"},
+        {"sheet VocalEnhancerUI\r\n{\r\nconstant:\r\ninput:\r\ninterface:\r\noutput:\r\n}\r\n",
+         "ok"},
+        // Sections may come in any order and repeat.
+        {"sheet s { output: o <== 1; constant: k: 1; output: p <== k; }", "ok"},
+        // CR LF and bare LF count lines alike.
+        {"sheet x {\r\ninterface:\n  a: 1\r\n}", "4:1" + description + "expected ';', found '}'"},
+        {"", "1:1" + description + "expected 'sheet', found end of input"},
+        {"sheet { }", "1:7" + description + "expected a name, found '{'"},
+        {"sheet x { a: 1; }",
+         "1:11" + description + "expected a section such as 'interface:', found 'a'"},
+        {"sheet x { } extra", "1:13" + description + "expected end of input, found 'extra'"},
+        {"sheet x {\n constant:\n  k: ;\n}",
+         "3:6" + description + "expected an expression, found ';'"},
+        {"sheet x { interface: unlink a; }",
+         "1:30" + description + "expected ':' or '<==', found ';'"},
+        {"sheet x { output: o: 1; }", "1:20" + description + "expected '<==', found ':'"},
+        {"sheet x { logic: when a relate { } }", "1:23" + description + "expected '(', found 'a'"},
+        {"sheet x { interface: a: 1; logic: relate { a <== 1; } }",
+         "1:35" + description + "a relate clause needs at least two terms"},
+        // Section words are reserved: they cannot name cells.
+        {"sheet x { interface: unlink input: 1; }",
+         "1:29" + description + "expected a cell name, found 'input'"},
+        // Errors of the token reader get the same prefix.
+        {"sheet x {\n constant:\n  k: 1;\xff\n}", "3:8" + description + "unexpected byte 0xFF"},
+        {"sheet x { constant: k: \"open\n; }", "1:24" + description + "unterminated string"},
+        // Failures of the sheet keep their own texts, at the statement.
+        {"sheet x {\n interface:\n  a: 1;\n  a: 2;\n}", "4:3: cell named 'a'already exists."},
+        {"sheet x { interface: a: 1; logic: relate { a <== 1; b <== 2; } }",
+         "1:35: interface cell b does not exist."},
+        // The script builds in order: a statement sees only what came before it.
+        {"sheet x { input: a: b; b: 1; }", "1:18: variable b not found."},
+        {"sheet x { logic: relate { a <== b; b <== a; } interface: a: 1; b: 2; }",
+         "1:18: interface cell a does not exist."},
+        {"sheet x { interface: a: 1; b: 2; logic: relate { a <== b; b <== a; } }", "ok"},
+    };
+    for (const auto& [script, result] : rows)
+        EXPECT_EQ(outcome_of(script), result == "ok" ? result : "test.mrl:" + result) << script;
 }
 
 TEST(SheetReader, TruncatedScriptsFailCleanly) {
     const std::string script = full_script;
     const std::size_t closing_brace = script.rfind('}');
     for (std::size_t length = 0; length <= closing_brace; ++length) {
-        const std::string result = read_result(std::string_view(script).substr(0, length));
+        const std::string result = outcome_of(std::string_view(script).substr(0, length));
         ASSERT_EQ(result.rfind("test.mrl:", 0), 0u) << "prefix of " << length << ": " << result;
     }
-    EXPECT_EQ(read_result(script), "ok");
+    EXPECT_EQ(outcome_of(script), "ok");
 }
 
 TEST(SheetReader, DeepNestingFailsCleanly) {
@@ -194,7 +166,7 @@ TEST(SheetReader, DeepNestingFailsCleanly) {
         std::string script = "sheet x { constant: k: ";
         for (int i = 0; i != 100000; ++i)
             script += open;
-        const std::string result = read_result(script);
+        const std::string result = outcome_of(script);
         EXPECT_NE(result.find("test.mrl:1:"), std::string::npos) << open;
         EXPECT_NE(result.find("nested too deeply"), std::string::npos) << open << ": " << result;
     }
@@ -218,7 +190,7 @@ TEST(SheetReader, GarbledScriptsFailCleanly) {
             default: damaged.erase(at, 1 + random() % 8); break;
             }
         }
-        const std::string result = read_result(damaged);
+        const std::string result = outcome_of(damaged);
         if (result != "ok") {
             ++errors;
             ASSERT_EQ(result.rfind("test.mrl:", 0), 0u) << result;

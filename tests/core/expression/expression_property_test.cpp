@@ -5,13 +5,12 @@
 #include "core/expression/expression_formatter.hpp"
 #include "core/expression/parser.hpp"
 #include "core/expression/virtual_machine.hpp"
-#include "core/expression_value_format.hpp"
+#include "expression_test_support.hpp"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -98,42 +97,27 @@ private:
     std::mt19937_64 random_m;
 };
 
-std::string serialize(const any_regular_t& value) {
-    std::ostringstream out;
-    expression_value_format_t format;
-    format_scope_t scope(out, format);
-    out << value;
-    return out.str();
-}
-
 /// The value's text, or the failure's text: two evaluations agree when these are equal.
 std::string outcome(const array_t& stream) {
     virtual_machine_t vm;
     vm.set_step_limit(1'000'000);
+    static const dictionary_t variables = [] {
+        virtual_machine_t maker;
+        maker.evaluate(
+            parse_expression("{x: 3, y: -2.5, flag: true, list: [1, 2, 3], dict: {a: 1, b: 's'}}"));
+        return maker.back().cast<dictionary_t>();
+    }();
     vm.set_variable_lookup([](name_t name) -> any_regular_t {
-        const std::string text = name.c_str();
-        if (text == "x")
-            return any_regular_t(3.0);
-        if (text == "y")
-            return any_regular_t(-2.5);
-        if (text == "flag")
-            return any_regular_t(true);
-        if (text == "list")
-            return any_regular_t(
-                array_t{any_regular_t(1.0), any_regular_t(2.0), any_regular_t(3.0)});
-        if (text == "dict") {
-            dictionary_t d;
-            d.insert({name_t("a"), any_regular_t(1.0)});
-            d.insert({name_t("b"), any_regular_t(std::string("s"))});
-            return any_regular_t(std::move(d));
-        }
-        throw std::logic_error("variable '" + text + "' not defined.");
+        const auto found = variables.find(name);
+        if (found == variables.end())
+            throw std::logic_error(std::string("variable '") + name.c_str() + "' not defined.");
+        return found->second;
     });
     try {
         vm.evaluate(stream);
         if (vm.size() != 1)
             return "stack of " + std::to_string(vm.size());
-        return "value " + serialize(vm.back());
+        return "value " + vorlen::testing::expression_text(vm.back());
     } catch (const std::exception& error) {
         return std::string("error ") + error.what();
     }
@@ -169,34 +153,8 @@ TEST(ExpressionProperty, FormatReparseEvaluatesTheSame) {
 TEST(ExpressionProperty, RandomTokenSoupNeverCrashes) {
     // Arbitrary streams, nested ones included, must end in a value or an exception.
     std::mt19937_64 random(7);
-    const char* const operators[] = {".not",
-                                     ".unary_negate",
-                                     ".add",
-                                     ".subtract",
-                                     ".multiply",
-                                     ".modulus",
-                                     ".divide",
-                                     ".less",
-                                     ".greater",
-                                     ".less_equal",
-                                     ".greater_equal",
-                                     ".equal",
-                                     ".not_equal",
-                                     ".ifelse",
-                                     ".index",
-                                     ".function",
-                                     ".array",
-                                     ".dictionary",
-                                     ".variable",
-                                     ".and",
-                                     ".or",
-                                     ".bitwise_and",
-                                     ".bitwise_xor",
-                                     ".bitwise_or",
-                                     ".bitwise_rshift",
-                                     ".bitwise_lshift",
-                                     ".bitwise_negate",
-                                     ".unknown"};
+    std::vector<std::string> operators = vorlen::testing::operator_tokens();
+    operators.push_back(".unknown");
     std::function<array_t(int)> soup = [&](int depth) {
         array_t stream;
         const int length = static_cast<int>(random() % 12);
@@ -204,7 +162,9 @@ TEST(ExpressionProperty, RandomTokenSoupNeverCrashes) {
             switch (random() % 10) {
             case 0:
             case 1:
-            case 2: stream.emplace_back(name_t(operators[random() % std::size(operators)])); break;
+            case 2:
+                stream.emplace_back(name_t(operators[random() % operators.size()].c_str()));
+                break;
             case 3:
                 stream.emplace_back(static_cast<double>(static_cast<int>(random() % 7) - 2));
                 break;
