@@ -16,75 +16,53 @@
 #include <vector>
 
 using namespace qoraudiofiltersui;
-using qorcore::IntrusivePtr;
 using Points = CompressorExpanderList::Points;
 using Row = CompressorExpanderRow;
+using qorui::skins::Skin;
 
 namespace {
 
-std::vector<Row> RowsOf(const Points& points) {
-    return CompressorExpanderList::MakeRows(points);
-}
-
-TEST(CompressorExpanderListRows, FewerThanTwoPointsGiveNoRows) {
-    EXPECT_TRUE(RowsOf({}).empty());
-    EXPECT_TRUE(RowsOf({{-20.0f, -20.0f}}).empty());
-}
-
-TEST(CompressorExpanderListRows, AUnitySlopeIsNeutralWithinTwoPercent) {
-    EXPECT_EQ(RowsOf({{-100, -100}, {0, 0}}),
-              (std::vector<Row>{{"1", "1.0", "Neutral", "Above -100.0 dB"}}));
-    // Input over output of 1.0101 and of 0.99: both within 0.02 of one.
-    EXPECT_EQ(RowsOf({{-40, -40}, {-39, -39.01f}})[0].type, "Neutral");
-    EXPECT_EQ(RowsOf({{-40, -40}, {-39.01f, -39}})[0].type, "Neutral");
-    EXPECT_EQ(RowsOf({{-40, -40}, {-39.01f, -39}})[0].ratio, "1.0");
-    // Just outside the tolerance.
-    const Row outside = RowsOf({{-40, -40}, {-37, -38}})[0]; // 3 in, 2 out
-    EXPECT_EQ(outside.type, "Compressor");
-    EXPECT_EQ(outside.ratio, "1.5:1");
-    EXPECT_EQ(RowsOf({{-40, -40}, {-39.02f, -38}})[0].type, "Expander") << "0.98 is outside";
-}
-
-TEST(CompressorExpanderListRows, FlatSegmentsHaveAnInfiniteRatio) {
-    // A flat top at 0 dB out is a limiter.
-    EXPECT_EQ(RowsOf({{-20, 0}, {0, 0}}),
-              (std::vector<Row>{{"1", "Infinite", "Compressor", "Above -20.0 dB"}}));
-    // The same flat segment elsewhere expands.
-    const std::vector<Row> rows = RowsOf({{-100, -80}, {-60, -80}, {0, -20}});
-    ASSERT_EQ(rows.size(), 2u);
-    EXPECT_EQ(rows[1], (Row{"2", "Infinite", "Expander", "Below -60.0 dB"}));
-    EXPECT_EQ(rows[0], (Row{"1", "1.0", "Neutral", "Above -60.0 dB"}));
-}
-
-TEST(CompressorExpanderListRows, RatiosReadAboveOneForBothKinds) {
-    EXPECT_EQ(RowsOf({{-40, -40}, {-38, -39}})[0],
-              (Row{"1", "2.0:1", "Compressor", "Above -40.0 dB"}));
-    EXPECT_EQ(RowsOf({{-40, -40}, {-39, -38}})[0],
-              (Row{"1", "2.0:1", "Expander", "Above -40.0 dB"}));
-    EXPECT_EQ(RowsOf({{-30, -30}, {0, -20}})[0].ratio, "3.0:1");
-    EXPECT_EQ(RowsOf({{-80, -100}, {-60, -40}})[0].ratio, "3.0:1");
-    EXPECT_EQ(RowsOf({{-80, -100}, {-60, -40}})[0].type, "Expander");
-}
-
-TEST(CompressorExpanderListRows, RowsRunFromTheTopSegmentDown) {
-    // A gate below -60, unity to -20, 4:1 above: three segments.
-    const std::vector<Row> rows = RowsOf({{-100, -100}, {-60, -90}, {-20, -20}, {0, -15}});
-    ASSERT_EQ(rows.size(), 3u);
-    EXPECT_EQ(rows[0], (Row{"1", "4.0:1", "Compressor", "Above -20.0 dB"}));
-    EXPECT_EQ(rows[1], (Row{"2", "1.8:1", "Expander", "Below -20.0 dB"}));
-    EXPECT_EQ(rows[2], (Row{"3", "4.0:1", "Compressor", "Below -60.0 dB"}));
-    // Thresholds keep one decimal place.
-    EXPECT_EQ(RowsOf({{-30.26f, -30}, {0, -10}})[0].threshold, "Above -30.3 dB");
+TEST(CompressorExpanderListRows, FollowTheSlopeOfEachSegmentFromTheTopDown) {
+    const struct {
+        const char* what;
+        Points points;
+        std::vector<Row> rows;
+    } cases[] = {
+        {"no points", {}, {}},
+        {"one point", {{-20, -20}}, {}},
+        {"unity", {{-100, -100}, {0, 0}}, {{"1", "1.0", "Neutral", "Above -100.0 dB"}}},
+        // Input over output of 1.0101 and of 0.99: both within 0.02 of one; 0.98 is outside.
+        {"1.0101", {{-40, -40}, {-39, -39.01f}}, {{"1", "1.0", "Neutral", "Above -40.0 dB"}}},
+        {"0.99", {{-40, -40}, {-39.01f, -39}}, {{"1", "1.0", "Neutral", "Above -40.0 dB"}}},
+        {"1.5", {{-40, -40}, {-37, -38}}, {{"1", "1.5:1", "Compressor", "Above -40.0 dB"}}},
+        {"0.98", {{-40, -40}, {-39.02f, -38}}, {{"1", "2.0:1", "Expander", "Above -40.0 dB"}}},
+        // A flat top at 0 dB out is a limiter; the same flat segment elsewhere expands.
+        {"limiter", {{-20, 0}, {0, 0}}, {{"1", "Infinite", "Compressor", "Above -20.0 dB"}}},
+        {"flat below",
+         {{-100, -80}, {-60, -80}, {0, -20}},
+         {{"1", "1.0", "Neutral", "Above -60.0 dB"},
+          {"2", "Infinite", "Expander", "Below -60.0 dB"}}},
+        // Ratios read above one for both kinds.
+        {"2:1 down", {{-40, -40}, {-38, -39}}, {{"1", "2.0:1", "Compressor", "Above -40.0 dB"}}},
+        {"2:1 up", {{-40, -40}, {-39, -38}}, {{"1", "2.0:1", "Expander", "Above -40.0 dB"}}},
+        {"3:1 down", {{-30, -30}, {0, -20}}, {{"1", "3.0:1", "Compressor", "Above -30.0 dB"}}},
+        {"3:1 up", {{-80, -100}, {-60, -40}}, {{"1", "3.0:1", "Expander", "Above -80.0 dB"}}},
+        // A gate below -60, unity to -20, 4:1 above: three segments, the top one first.
+        {"three",
+         {{-100, -100}, {-60, -90}, {-20, -20}, {0, -15}},
+         {{"1", "4.0:1", "Compressor", "Above -20.0 dB"},
+          {"2", "1.8:1", "Expander", "Below -20.0 dB"},
+          {"3", "4.0:1", "Compressor", "Below -60.0 dB"}}},
+        // Thresholds keep one decimal place.
+        {"rounded", {{-30.26f, -30}, {0, -10}}, {{"1", "1.5:1", "Compressor", "Above -30.3 dB"}}},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(CompressorExpanderList::MakeRows(c.points), c.rows) << c.what;
 }
 
 TEST(CompressorExpanderList, TheTableShowsTheRowsAndRefreshesInPlace) {
     auto list = qorcore::MakeIntrusive<CompressorExpanderList>();
     qorui::UI_MultiColumnTree& tree = *list->GetTree();
-    EXPECT_EQ(tree.GetHeaderRow()->CountColumns(), 4u);
-    EXPECT_EQ(tree.GetHeaderRow()->GetColumnAt(0).title, "Segment");
-    EXPECT_EQ(tree.GetHeaderRow()->GetColumnAt(3).title, "Threshold");
-    EXPECT_EQ(tree.CountRows(), 0u);
-
     list->SetCurve({{-100, -100}, {-20, -20}, {0, -10}});
     ASSERT_EQ(tree.CountRows(), 2u);
     EXPECT_EQ(tree.GetRowAt(0)->GetText(CompressorExpanderList::kColumnRatio), "2.0:1");
@@ -101,14 +79,14 @@ TEST(CompressorExpanderList, TheTableShowsTheRowsAndRefreshesInPlace) {
 
     list->SetCurve({{-100, -100}, {0, 0}});
     EXPECT_EQ(tree.CountRows(), 1u);
-    EXPECT_EQ(list->GetRows(), RowsOf(list->GetCurve()));
+    EXPECT_EQ(list->GetRows(), CompressorExpanderList::MakeRows(list->GetCurve()));
     list->SetCurve({});
     EXPECT_EQ(tree.CountRows(), 0u);
 }
 
 TEST(CompressorExpanderList, BestSizeHoldsTheColumnsAndSixRows) {
     auto list = qorcore::MakeIntrusive<CompressorExpanderList>();
-    const qorui::UI_MultiColumnTreeHeaderRow& header = *list->GetTree()->GetHeaderRow();
+    qorui::UI_MultiColumnTreeHeaderRow& header = *list->GetTree()->GetHeaderRow();
     const auto best = list->GetBestSize();
     EXPECT_EQ(best.x, header.GetTotalWidth() + 20);
     EXPECT_EQ(best.y, header.GetDesiredHeight() + 6 * list->GetTree()->GetRowHeight() + 20);
@@ -117,15 +95,14 @@ TEST(CompressorExpanderList, BestSizeHoldsTheColumnsAndSixRows) {
     list->SetFrame({5, 5, best.x, best.y});
     EXPECT_EQ(list->GetTree()->GetFrame(), (qorcore::RectT<float>{0, 0, best.x, best.y}));
     // A fitted column is as wide as the widest text it can hold, with its padding.
-    qorui::UI_MultiColumnTreeHeaderRow& fitted = *list->GetTree()->GetHeaderRow();
-    fitted.FitColumnWidth(CompressorExpanderList::kColumnThreshold);
+    header.FitColumnWidth(CompressorExpanderList::kColumnThreshold);
     const auto width = [](const char* text) {
         return qorui::control_drawing::MeasureText(text, qorui::control_drawing::GetControlFont())
             .width;
     };
     const float widest =
         std::max({width("Threshold"), width("Above -100.0 dB"), width("Below -100.0 dB")});
-    EXPECT_EQ(fitted.GetColumnWidth(CompressorExpanderList::kColumnThreshold),
+    EXPECT_EQ(header.GetColumnWidth(CompressorExpanderList::kColumnThreshold),
               std::ceil(widest + 2 * qorui::UI_MultiColumnTreeHeaderRow::kCellPadding));
 }
 
@@ -141,7 +118,7 @@ TEST(CompressorExpanderList, RowsCannotBeSelected) {
     EXPECT_EQ(list->GetTree()->GetSelectedRowIndex(), -1);
 }
 
-using GoldenParam = std::tuple<qorui::skins::Skin, bool>;
+using GoldenParam = std::tuple<Skin, bool>;
 
 class CompressorExpanderListGolden : public ::testing::TestWithParam<GoldenParam> {};
 
@@ -160,14 +137,13 @@ TEST_P(CompressorExpanderListGolden, LooksLikeItsGolden) {
     list->UI_SetEnabled(enabled);
     window.RenderAll();
     const std::string name = std::string("compressor_expander_list_") +
-                             (skin == qorui::skins::Skin::kV7 ? "v7" : "classic") +
-                             (enabled ? "" : "_disabled");
+                             (skin == Skin::kV7 ? "v7" : "classic") + (enabled ? "" : "_disabled");
     EXPECT_TRUE(qafui_testing::MatchesGolden(window.GetImage(), name));
 }
 
 INSTANTIATE_TEST_SUITE_P(Looks, CompressorExpanderListGolden,
-                         ::testing::Values(GoldenParam{qorui::skins::Skin::kClassic, true},
-                                           GoldenParam{qorui::skins::Skin::kV7, true},
-                                           GoldenParam{qorui::skins::Skin::kClassic, false}));
+                         ::testing::Values(GoldenParam{Skin::kClassic, true},
+                                           GoldenParam{Skin::kV7, true},
+                                           GoldenParam{Skin::kClassic, false}));
 
 } // namespace

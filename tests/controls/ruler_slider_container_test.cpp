@@ -1,6 +1,6 @@
-// RulerSliderContainer: the slider's place in the container for both looks and all text
-// placements, the ruler's pixel range and tick extents taken from the slider's slideable
-// rectangle, and the sizes the container asks for.
+// RulerSliderContainer: the slider's place for both looks and all text placements, the ruler's
+// pixel range and tick extents taken from the slider's slideable rectangle, the sizes the
+// container asks for, and the ticks as drawn.
 #include "controls/fader_slider.hpp"
 #include "controls/ruler_slider_container.hpp"
 #include "platform/core/null_pointer_exception.hpp"
@@ -11,13 +11,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 using namespace qoraudiofiltersui;
 using qorcore::IntrusivePtr;
 using qorcore::MakeIntrusive;
 using qorcore::RectT;
-using qorui::RulerBase;
 using qorui::skins::ScopedSkin;
 using qorui::skins::Skin;
 
@@ -36,8 +36,14 @@ IntrusivePtr<qorui::LinearRuler> Ruler() {
     return ruler;
 }
 
-bool operator==(RulerBase::Extent a, RulerBase::Extent b) {
-    return a.start == b.start && a.end == b.end;
+/// The first pixel, the last, and the major and minor tick extents.
+std::array<int, 6> Geometry(const qorui::RulerBase& ruler) {
+    return {ruler.GetPixel1(),
+            ruler.GetPixel2(),
+            ruler.GetMajorTickExtent().start,
+            ruler.GetMajorTickExtent().end,
+            ruler.GetMinorTickExtent().start,
+            ruler.GetMinorTickExtent().end};
 }
 
 } // namespace
@@ -48,11 +54,10 @@ TEST(RulerSliderContainer, SizesFollowTheSliderTheRulerTextAndTheLook) {
     auto plain = Make(qorui::kSliderDirectionVertical);
     auto fader = MakeIntrusive<RulerSliderContainer>(
         MakeIntrusive<FaderSlider>(qorui::kSliderDirectionVertical));
-    EXPECT_EQ(pointed->GetSliderDefaultSize(), 20.0f);
-    EXPECT_EQ(plain->GetSliderDefaultSize(), 16.0f);
-    EXPECT_EQ(fader->GetSliderDefaultSize(), 18.0f);
-
-    EXPECT_EQ(pointed->GetBestSize(), 20.0f) << "no ruler, no room for numbers";
+    EXPECT_EQ((std::array{pointed->GetSliderDefaultSize(), plain->GetSliderDefaultSize(),
+                          fader->GetSliderDefaultSize(), pointed->GetBestSize()}),
+              (std::array{20.0f, 16.0f, 18.0f, 20.0f}))
+        << "no ruler, no room for numbers";
     pointed->SetRuler(Ruler(), kRulerPlacementLeftTop, kRulerTextPlacementNone);
     EXPECT_EQ(pointed->GetBestSize(), 20.0f) << "numbers hidden, nothing added";
     EXPECT_TRUE(pointed->GetRuler()->AreNumbersHidden());
@@ -62,30 +67,33 @@ TEST(RulerSliderContainer, SizesFollowTheSliderTheRulerTextAndTheLook) {
     plain->SetRuler(Ruler(), kRulerPlacementBoth, kRulerTextPlacementRightBottom);
     EXPECT_EQ(plain->GetBestSize(), 36.0f);
     EXPECT_TRUE(plain->GetRuler()->IsVertical()) << "the ruler turns with the slider";
-
     ScopedSkin v7(Skin::kV7);
-    EXPECT_EQ(pointed->GetBestSize(), 38.0f);
-    EXPECT_EQ(fader->GetBestSize(), 26.0f);
+    EXPECT_EQ(std::pair(pointed->GetBestSize(), fader->GetBestSize()), std::pair(38.0f, 26.0f));
 }
 
 TEST(RulerSliderContainer, SliderRectangleInBothLooks) {
     auto h = Make(qorui::kSliderDirectionHorizontalPointingDown);
     auto v = Make(qorui::kSliderDirectionVerticalPointingRight);
-    {
-        ScopedSkin classic(Skin::kClassic);
-        EXPECT_EQ(h->GetSliderRect({0, 0, 200, 30}), RectT<float>(6, 10, 188, 20));
-        EXPECT_EQ(h->GetSliderRect({0, 0, 201, 31.5f}), RectT<float>(6, 11, 189, 20));
-        EXPECT_EQ(v->GetSliderRect({0, 0, 41, 200}), RectT<float>(10, 8, 20, 184));
-        v->SetRulerTextPlacement(kRulerTextPlacementLeftTop);
-        EXPECT_EQ(v->GetSliderRect({0, 0, 41, 200}), RectT<float>(21, 8, 20, 184));
-        v->SetRulerTextPlacement(kRulerTextPlacementRightBottom);
-        EXPECT_EQ(v->GetSliderRect({0, 0, 41, 200}), RectT<float>(0, 8, 20, 184));
+    const struct {
+        Skin skin;
+        RulerSliderContainer* container;
+        RulerTextPlacement text;
+        RectT<float> bounds, slider;
+    } cases[] = {
+        {Skin::kClassic, h.get(), kRulerTextPlacementNone, {0, 0, 200, 30}, {6, 10, 188, 20}},
+        {Skin::kClassic, h.get(), kRulerTextPlacementNone, {0, 0, 201, 31.5f}, {6, 11, 189, 20}},
+        {Skin::kClassic, v.get(), kRulerTextPlacementNone, {0, 0, 41, 200}, {10, 8, 20, 184}},
+        {Skin::kClassic, v.get(), kRulerTextPlacementLeftTop, {0, 0, 41, 200}, {21, 8, 20, 184}},
+        {Skin::kClassic, v.get(), kRulerTextPlacementRightBottom, {0, 0, 41, 200}, {0, 8, 20, 184}},
+        {Skin::kV7, h.get(), kRulerTextPlacementNone, {0, 0, 200, 38}, {6, 14, 188, 20}},
+        {Skin::kV7, v.get(), kRulerTextPlacementRightBottom, {0, 0, 41, 200}, {4, 8, 20, 184}},
+        {Skin::kV7, v.get(), kRulerTextPlacementLeftTop, {0, 0, 41, 200}, {17, 8, 20, 184}},
+    };
+    for (const auto& c : cases) {
+        ScopedSkin look(c.skin);
+        c.container->SetRulerTextPlacement(c.text);
+        EXPECT_EQ(c.container->GetSliderRect(c.bounds), c.slider) << &c - cases;
     }
-    ScopedSkin v7(Skin::kV7);
-    EXPECT_EQ(h->GetSliderRect({0, 0, 200, 38}), RectT<float>(6, 14, 188, 20));
-    EXPECT_EQ(v->GetSliderRect({0, 0, 41, 200}), RectT<float>(4, 8, 20, 184));
-    v->SetRulerTextPlacement(kRulerTextPlacementLeftTop);
-    EXPECT_EQ(v->GetSliderRect({0, 0, 41, 200}), RectT<float>(17, 8, 20, 184));
 }
 
 TEST(RulerSliderContainer, WithoutARulerOnlyTheSliderIsPlaced) {
@@ -97,7 +105,7 @@ TEST(RulerSliderContainer, WithoutARulerOnlyTheSliderIsPlaced) {
     EXPECT_THROW(MakeIntrusive<RulerSliderContainer>(nullptr), qorcore::NullPointerException);
 }
 
-TEST(RulerSliderContainer, HorizontalRulerSpansTheTravelAndCrossesTheGroove) {
+TEST(RulerSliderContainer, TheRulerSpansTheTravelAndItsTicksCrossTheGroove) {
     ScopedSkin classic(Skin::kClassic);
     auto container = Make(qorui::kSliderDirectionHorizontalPointingDown);
     auto ruler = Ruler();
@@ -105,58 +113,48 @@ TEST(RulerSliderContainer, HorizontalRulerSpansTheTravelAndCrossesTheGroove) {
     container->SetFrame({0, 0, 200, 30});
     // The slider at (6, 10) is 188 long; its thumb (11) travels from 5.5 for 177 pixels, and
     // the groove is the middle 8 of its 20 pixels: rows 16 to 24, middle 20.
-    EXPECT_EQ(ruler->GetPixel1(), 11);
-    EXPECT_EQ(ruler->GetPixel2(), 187);
-    EXPECT_TRUE(ruler->GetMajorTickExtent() == RulerBase::Extent({16, 20}));
-    EXPECT_TRUE(ruler->GetMinorTickExtent() == RulerBase::Extent({16, 20}));
+    EXPECT_EQ(Geometry(*ruler), (std::array{11, 187, 16, 20, 16, 20}));
     container->SetRulerPlacement(kRulerPlacementRightBottom);
-    EXPECT_TRUE(ruler->GetMajorTickExtent() == RulerBase::Extent({20, 22}));
-    EXPECT_TRUE(ruler->GetMinorTickExtent() == RulerBase::Extent({20, 20}));
+    EXPECT_EQ(Geometry(*ruler), (std::array{11, 187, 20, 22, 20, 20}));
     container->SetRulerPlacement(kRulerPlacementBoth);
-    EXPECT_TRUE(ruler->GetMajorTickExtent() == RulerBase::Extent({16, 22}));
-    EXPECT_TRUE(ruler->GetMinorTickExtent() == RulerBase::Extent({16, 20}));
+    EXPECT_EQ(Geometry(*ruler), (std::array{11, 187, 16, 22, 16, 20}));
     // The ruler's first value lines up with the thumb at the slider's value 0.
     container->GetSlider()->SetValue(0.0);
     const float thumb0 = container->GetSlider()->GetDrawSliderParameters().GetThumbPosition() +
                          container->GetSlider()->GetFrame().x;
     EXPECT_EQ(std::floor(thumb0), float(ruler->GetPixelFromValue(-12)));
+    {
+        // The slider sits 4 above the bottom: groove rows 20 to 28; the majors stand out 4 above.
+        ScopedSkin v7(Skin::kV7);
+        container->SetFrame({0, 0, 200, 38});
+        container->SetRulerPlacement(kRulerPlacementLeftTop);
+        EXPECT_EQ(Geometry(*ruler), (std::array{11, 187, 16, 24, 20, 24}));
+    }
 
-    ScopedSkin v7(Skin::kV7);
-    container->SetFrame({0, 0, 200, 38});
-    container->SetRulerPlacement(kRulerPlacementLeftTop);
-    // The slider sits 4 above the bottom: groove rows 20 to 28; the majors stand out 4 above.
-    EXPECT_TRUE(ruler->GetMajorTickExtent() == RulerBase::Extent({16, 24}));
-    EXPECT_TRUE(ruler->GetMinorTickExtent() == RulerBase::Extent({20, 24}));
-}
-
-TEST(RulerSliderContainer, VerticalRulerUsesTheLeftAndRightEdges) {
-    ScopedSkin classic(Skin::kClassic);
-    auto container = Make(qorui::kSliderDirectionVerticalPointingRight);
-    auto ruler = Ruler();
-    container->SetRuler(ruler, kRulerPlacementBoth, kRulerTextPlacementLeftTop);
-    container->SetFrame({0, 0, 40, 200});
-    // Slider at (20, 8), 20 by 184; groove columns 26 to 34; travel from 13.5 for 173 pixels.
-    EXPECT_EQ(container->GetSlider()->GetFrame(), RectT<float>(20, 8, 20, 184));
-    EXPECT_EQ(ruler->GetPixel1(), 13);
-    EXPECT_EQ(ruler->GetPixel2(), 186);
-    EXPECT_TRUE(ruler->GetMajorTickExtent() == RulerBase::Extent({26, 30}));
-    EXPECT_TRUE(ruler->GetMinorTickExtent() == RulerBase::Extent({26, 30}));
-    container->SetRulerPlacement(kRulerPlacementRightBottom);
-    EXPECT_TRUE(ruler->GetMajorTickExtent() == RulerBase::Extent({30, 30}));
+    // Vertically: the slider at (20, 8), 20 by 184; groove columns 26 to 34; travel from 13.5
+    // for 173 pixels.
+    auto vertical = Make(qorui::kSliderDirectionVerticalPointingRight);
+    auto upright = Ruler();
+    vertical->SetRuler(upright, kRulerPlacementBoth, kRulerTextPlacementLeftTop);
+    vertical->SetFrame({0, 0, 40, 200});
+    EXPECT_EQ(vertical->GetSlider()->GetFrame(), RectT<float>(20, 8, 20, 184));
+    EXPECT_EQ(Geometry(*upright), (std::array{13, 186, 26, 30, 26, 30}));
+    vertical->SetRulerPlacement(kRulerPlacementRightBottom);
+    EXPECT_EQ(std::pair(Geometry(*upright)[2], Geometry(*upright)[3]), std::pair(30, 30));
 }
 
 TEST(RulerSliderContainer, TooNarrowABoundsLeavesTheRulerAlone) {
-    ScopedSkin classic(Skin::kClassic);
     auto container = Make(qorui::kSliderDirectionHorizontalPointingDown);
     auto ruler = Ruler();
     container->SetRuler(ruler, kRulerPlacementLeftTop, kRulerTextPlacementLeftTop);
     ruler->SetPixelRange(-7, 77);
     ruler->SetMajorTickExtent(1, 2);
+    ScopedSkin classic(Skin::kClassic);
     container->SetFrame({0, 0, 10, 30});
     EXPECT_EQ(container->GetSlider()->GetFrame().width, 0.0f) << "10 - 12 is no width";
-    EXPECT_EQ(ruler->GetPixel1(), -7);
-    EXPECT_EQ(ruler->GetPixel2(), 77);
-    EXPECT_TRUE(ruler->GetMajorTickExtent() == RulerBase::Extent({1, 2}));
+    EXPECT_EQ((std::array{ruler->GetPixel1(), ruler->GetPixel2(), ruler->GetMajorTickExtent().start,
+                          ruler->GetMajorTickExtent().end}),
+              (std::array{-7, 77, 1, 2}));
 }
 
 TEST(RulerSliderContainer, ToolTipsReachTheSliderAndItsThumb) {
@@ -179,16 +177,16 @@ TEST(RulerSliderContainer, TicksAreDrawnAcrossTheGrooveButNotOverTheThumb) {
     container->GetSlider()->SetValue(0.5); // the thumb covers the tick of 0
     window.AddNode(container);
     window.RenderAll();
-    auto redAt = [&](int x, int y) {
-        const qorcore::ColorRGBA c = window.GetPixel(x, y);
+    auto redAt = [&](double value, int y) {
+        const qorcore::ColorRGBA c = window.GetPixel(ruler->GetPixelFromValue(value), y);
         return c.red > 0.8f && c.green < 0.4f && c.blue < 0.4f;
     };
     const int groove = ruler->GetMajorTickExtent().start + 1;
     const std::vector<double> majors = ruler->GetMajorValues();
     ASSERT_GE(majors.size(), 3u);
     ASSERT_NE(std::find(majors.begin(), majors.end(), 0.0), majors.end());
-    EXPECT_TRUE(redAt(ruler->GetPixelFromValue(majors.front()), groove));
-    EXPECT_TRUE(redAt(ruler->GetPixelFromValue(majors.back()), groove));
-    EXPECT_FALSE(redAt(ruler->GetPixelFromValue(majors.front()), groove - 3)) << "above the ticks";
-    EXPECT_FALSE(redAt(ruler->GetPixelFromValue(0), groove)) << "the thumb stays clear";
+    EXPECT_TRUE(redAt(majors.front(), groove));
+    EXPECT_TRUE(redAt(majors.back(), groove));
+    EXPECT_FALSE(redAt(majors.front(), groove - 3)) << "above the ticks";
+    EXPECT_FALSE(redAt(0, groove)) << "the thumb stays clear";
 }

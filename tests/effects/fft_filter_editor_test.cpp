@@ -7,7 +7,6 @@
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/dialogs/curve_point_edit_dialog.hpp"
 #include "platform/menus/ui_menu_overlay.hpp"
-#include "platform/panels/ui_static_text.hpp"
 #include "platform/rulers/linear_ruler.hpp"
 #include "platform/rulers/log_ruler.hpp"
 #include "platform/ui/modal_testing.hpp"
@@ -22,7 +21,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <unistd.h>
 
 using namespace qoraudiofiltersui;
@@ -34,15 +32,12 @@ using Kind = ParameterStoreFilter::CallKind;
 namespace {
 
 constexpr float kNyquist = kFFTFilterSampleRate * 0.5f;
-constexpr float kZeroDecibels = 0.75f; // the fader position of 0 dB
+constexpr float kZeroDecibels = 0.75f;  // the fader position of 0 dB
+constexpr float kPerPoint = 0.0078125f; // the point count's parameter per point
 
-std::shared_ptr<ResponseTableFilter> ThreePointFilter(float scale = 0.0f) {
-    return std::make_shared<ResponseTableFilter>(FFTFilterValues(
-        {{20.0f, kZeroDecibels}, {1000.0f, 0.5f}, {kNyquist, kZeroDecibels}}, scale));
-}
-
-ResponseTableFilter& TableOf(const FFTFilterScene& scene) {
-    return static_cast<ResponseTableFilter&>(*scene.filter);
+std::shared_ptr<ResponseTableFilter> ThreePointFilter() {
+    return std::make_shared<ResponseTableFilter>(
+        FFTFilterValues({{20.0f, kZeroDecibels}, {1000.0f, 0.5f}, {kNyquist, kZeroDecibels}}));
 }
 
 std::vector<Call> Writes(const ParameterStoreFilter& filter) {
@@ -53,48 +48,59 @@ std::vector<Call> Writes(const ParameterStoreFilter& filter) {
     return writes;
 }
 
-TEST(FFTFilterEditor, TheRegistryMakesItFromItsArchiveWithEveryControl) {
-    FFTFilterScene scene(ThreePointFilter());
+/// The editor on three points: 20 Hz and Nyquist at 0 dB, 1 kHz at the fader's middle.
+class FFTFilterEditor : public ::testing::Test {
+protected:
+    /// Presses on point `index` and moves by (dx, dy) with the button held; returns where to.
+    qorcore::PointT<float> Drag(std::size_t index, float dx, float dy) {
+        const auto at = scene.PointInWindow(index);
+        scene.window->MouseDown(at.x, at.y);
+        scene.window->MouseMove(at.x + dx, at.y + dy);
+        return {at.x + dx, at.y + dy};
+    }
+    double Level(std::size_t point) const { return graph.GetCurvePoints()[point].position.second; }
+
+    std::shared_ptr<ResponseTableFilter> table = ThreePointFilter();
+    ResponseTableFilter& filter = *table;
+    FFTFilterScene scene{table};
+    FFTFilterGraph& graph = scene.Graph();
+};
+
+TEST_F(FFTFilterEditor, TheRegistryMakesItFromItsArchiveWithEveryControlShowingTheFilter) {
     EXPECT_TRUE(IsEditorClassBuilt(*FindEffect("FFTFilter")));
     ASSERT_EQ(scene.view->GetChildren().size(), 1u);
     EXPECT_EQ(scene.view->GetChildren()[0]->GetID(), "FFTFilterUI");
-
-    std::vector<std::string> texts;
-    std::function<void(qorui::UI_Node&)> collect = [&](qorui::UI_Node& node) {
-        if (auto* text = dynamic_cast<qorui::UI_StaticText*>(&node))
-            texts.push_back(text->GetText());
-        for (const auto& child : node.GetChildren())
-            collect(*child);
-    };
-    collect(*scene.view);
-    EXPECT_EQ(texts, (std::vector<std::string>{"Scale:", "FFT Size:", "Window:"}));
+    EXPECT_EQ(StaticTexts(*scene.view),
+              (std::vector<std::string>{"Scale:", "FFT Size:", "Window:"}));
     EXPECT_EQ(scene.Find<qorui::UI_Checkbox>("SplineCurves").GetText(), "Spline Curves");
+    EXPECT_TRUE(scene.Find<qorui::UI_Checkbox>("SplineCurves").IsChecked());
     EXPECT_EQ(scene.Find<qorui::UI_DisclosureTriangleButton>("Advanced").GetText(), "Advanced");
     EXPECT_EQ(scene.Find<qorui::UI_PictureButton>("ResetButton").GetImageName(), "Reset_Sm");
-    EXPECT_EQ(scene.Find<qorui::UI_Popup>("LinearLogMode").GetItems(),
-              (std::vector<std::string>{"Linear", "Logarithmic"}));
-    EXPECT_EQ(scene.Find<qorui::UI_Popup>("WindowType").GetItems(),
-              (std::vector<std::string>{"Triangular", "Hann", "Hamming", "Blackman", "Gaussian",
-                                        "Blackman-Harris", "Kaiser (140 dB)", "Kaiser (180 dB)"}));
-    EXPECT_EQ(scene.Find<qorui::UI_Popup>("FFTSize").GetItems(),
-              (std::vector<std::string>{"32", "64", "128", "256", "512", "1024", "2048", "4096",
-                                        "8192", "16384", "32768"}));
-    // The controls show the filter as it was.
-    EXPECT_TRUE(scene.Find<qorui::UI_Checkbox>("SplineCurves").IsChecked());
-    EXPECT_EQ(scene.Find<qorui::UI_Popup>("LinearLogMode").GetValueString(), "Logarithmic");
-    EXPECT_EQ(scene.Find<qorui::UI_Popup>("FFTSize").GetValueString(), "4096");
-    EXPECT_EQ(scene.Find<qorui::UI_Popup>("WindowType").GetValueString(), "Hann");
     EXPECT_FALSE(scene.Find<qorui::UI_SubView>("AdvancedSection").IsVisible());
-    // Opening writes nothing but the visible range, quietly.
-    for (const Call& call : Writes(TableOf(scene))) {
-        EXPECT_EQ(call.kind, Kind::kSetParameterQuietly);
-        EXPECT_TRUE(call.index == 5 || call.index == 6) << call.index;
+    const struct {
+        const char* id;
+        std::vector<std::string> items;
+        const char* shown;
+    } popups[] = {
+        {"LinearLogMode", {"Linear", "Logarithmic"}, "Logarithmic"},
+        {"WindowType",
+         {"Triangular", "Hann", "Hamming", "Blackman", "Gaussian", "Blackman-Harris",
+          "Kaiser (140 dB)", "Kaiser (180 dB)"},
+         "Hann"},
+        {"FFTSize",
+         {"32", "64", "128", "256", "512", "1024", "2048", "4096", "8192", "16384", "32768"},
+         "4096"}};
+    for (const auto& p : popups) {
+        EXPECT_EQ(scene.Find<qorui::UI_Popup>(p.id).GetItems(), p.items) << p.id;
+        EXPECT_EQ(scene.Find<qorui::UI_Popup>(p.id).GetValueString(), p.shown) << p.id;
     }
+    // Opening writes nothing but the visible range, quietly.
+    for (const Call& call : Writes(filter))
+        EXPECT_TRUE(call.kind == Kind::kSetParameterQuietly && (call.index == 5 || call.index == 6))
+            << call.index;
 }
 
-TEST(FFTFilterEditor, TheGraphReadsThePointsWithTheEndsHeldInPlace) {
-    FFTFilterScene scene(ThreePointFilter());
-    FFTFilterGraph& graph = scene.Graph();
+TEST_F(FFTFilterEditor, TheGraphReadsThePointsWithTheEndsHeldInPlace) {
     const auto& points = graph.GetCurvePoints();
     ASSERT_EQ(points.size(), 3u);
     for (std::uint32_t i = 0; i < 3; ++i)
@@ -103,11 +109,11 @@ TEST(FFTFilterEditor, TheGraphReadsThePointsWithTheEndsHeldInPlace) {
     EXPECT_NEAR(points[1].position.first, 1000.0, 1e-2);
     EXPECT_DOUBLE_EQ(points[1].position.second, 0.5);
     EXPECT_DOUBLE_EQ(points[2].position.first, kNyquist);
-    EXPECT_FALSE(graph.IsPointDeletable(0));
-    EXPECT_FALSE(graph.IsPointMoveable(0, true));
-    EXPECT_TRUE(graph.IsPointMoveable(0, false));
-    EXPECT_TRUE(graph.IsPointMoveable(1, true));
-    EXPECT_FALSE(graph.IsPointMoveable(2, true));
+    // Deletable 0, moveable 0 sideways, 0 up and down, 1 sideways, 2 sideways.
+    EXPECT_EQ((std::vector<bool>{graph.IsPointDeletable(0), graph.IsPointMoveable(0, true),
+                                 graph.IsPointMoveable(0, false), graph.IsPointMoveable(1, true),
+                                 graph.IsPointMoveable(2, true)}),
+              (std::vector<bool>{false, false, true, true, false}));
     EXPECT_EQ(graph.GetMaxPointCount(), 128u);
     // The response is the filter's, as many values as asked for.
     EXPECT_EQ(graph.GetResponseData(0).size(), std::size_t(FFTFilterGraph::kResponsePointCount));
@@ -122,28 +128,24 @@ TEST(FFTFilterEditor, TheGraphReadsThePointsWithTheEndsHeldInPlace) {
     EXPECT_EQ(graph.GetVerticalRuler()->FormatValue(1.0), "+15");
 }
 
-TEST(FFTFilterEditor, EveryStepOfADragWritesAllPointsInsideTheQuietBracket) {
-    FFTFilterScene scene(ThreePointFilter());
-    ResponseTableFilter& filter = TableOf(scene);
+TEST_F(FFTFilterEditor, EveryStepOfADragWritesAllPointsInsideTheQuietBracket) {
     std::vector<int> steps;
-    const qorcore::ScopedConnection listening = scene.Graph().ConnectChangedInteractively(
+    const qorcore::ScopedConnection listening = graph.ConnectChangedInteractively(
         [&](const qorui::UI_InteractiveControlChangedMessage& message) {
             steps.push_back(message.GetChangeMessage());
         });
     filter.ClearCalls();
     const int asked = filter.responseRequests;
-    const auto at = scene.PointInWindow(1);
-    scene.window->MouseDown(at.x, at.y);
-    scene.window->MouseMove(at.x + 30, at.y - 40);
-    ASSERT_TRUE(scene.Graph().IsInteracting());
-    scene.window->MouseUp(at.x + 30, at.y - 40);
-    EXPECT_FALSE(scene.Graph().IsInteracting());
+    const auto to = Drag(1, 30, -40);
+    ASSERT_TRUE(graph.IsInteracting());
+    scene.window->MouseUp(to.x, to.y);
+    EXPECT_FALSE(graph.IsInteracting());
 
-    const auto& points = scene.Graph().GetCurvePoints();
+    const auto& points = graph.GetCurvePoints();
     EXPECT_GT(points[1].position.first, 1000.0);
     EXPECT_GT(points[1].position.second, 0.5);
     std::vector<Call> oneWrite = {{Kind::kSetParameterQuietly, 3, 1.0f},
-                                  {Kind::kSetParameterQuietly, 9, 3 * 0.0078125f}};
+                                  {Kind::kSetParameterQuietly, 9, 3 * kPerPoint}};
     for (int i = 0; i < 3; ++i) {
         const auto& position = points[std::size_t(i)].position;
         oneWrite.push_back(
@@ -164,9 +166,7 @@ TEST(FFTFilterEditor, EveryStepOfADragWritesAllPointsInsideTheQuietBracket) {
     EXPECT_EQ(filter.responseRequests, asked + int(writing)) << "one response after each write";
 }
 
-TEST(FFTFilterEditor, AnIdleTickRebuildsNothingAndAsksNoResponse) {
-    FFTFilterScene scene(ThreePointFilter());
-    ResponseTableFilter& filter = TableOf(scene);
+TEST_F(FFTFilterEditor, AnIdleTickRebuildsNothingAndAsksNoResponse) {
     scene.Tick();
     filter.ClearCalls();
     filter.SetRecordReads(true);
@@ -185,25 +185,24 @@ TEST(FFTFilterEditor, AnIdleTickRebuildsNothingAndAsksNoResponse) {
     EXPECT_EQ(pointReads, 5 * 6);
 }
 
-TEST(FFTFilterEditor, OneChangedCoordinateRebuildsTheWholeCurve) {
-    FFTFilterScene scene(ThreePointFilter());
-    ResponseTableFilter& filter = TableOf(scene);
+TEST_F(FFTFilterEditor, OneChangedCoordinateRebuildsTheWholeCurve) {
     const int asked = filter.responseRequests;
     filter.StoreValue(13, 0.25f); // the middle point's level
     scene.Tick();
     EXPECT_EQ(filter.responseRequests, asked + 1);
-    EXPECT_DOUBLE_EQ(scene.Graph().GetCurvePoints()[1].position.second, 0.25);
+    EXPECT_DOUBLE_EQ(Level(1), 0.25);
 
     // A new count rebuilds too, with the ends held again.
-    filter.StoreValue(14, 5000.0f / kNyquist);
-    filter.StoreValue(15, 0.6f);
-    filter.StoreValue(16, 1.0f);
-    filter.StoreValue(17, kZeroDecibels);
-    filter.StoreValue(9, 4 * 0.0078125f);
+    for (const auto& [index, value] : std::vector<std::pair<int, float>>{{14, 5000.0f / kNyquist},
+                                                                         {15, 0.6f},
+                                                                         {16, 1.0f},
+                                                                         {17, kZeroDecibels},
+                                                                         {9, 4 * kPerPoint}})
+        filter.StoreValue(index, value);
     scene.Tick();
-    ASSERT_EQ(scene.Graph().GetCurvePoints().size(), 4u);
-    EXPECT_FALSE(scene.Graph().IsPointDeletable(3));
-    EXPECT_TRUE(scene.Graph().IsPointMoveable(2, true));
+    ASSERT_EQ(graph.GetCurvePoints().size(), 4u);
+    EXPECT_FALSE(graph.IsPointDeletable(3));
+    EXPECT_TRUE(graph.IsPointMoveable(2, true));
 
     // A value that is no number is read again on every tick, and the curve stays drawable.
     filter.StoreValue(12, std::nanf(""));
@@ -211,47 +210,35 @@ TEST(FFTFilterEditor, OneChangedCoordinateRebuildsTheWholeCurve) {
     const int afterNaN = filter.responseRequests;
     scene.Tick();
     EXPECT_EQ(filter.responseRequests, afterNaN + 1);
-    EXPECT_DOUBLE_EQ(scene.Graph().GetCurvePoints()[1].position.first, 0.0);
+    EXPECT_DOUBLE_EQ(graph.GetCurvePoints()[1].position.first, 0.0);
 }
 
-TEST(FFTFilterEditor, ParametersDoNotOverwriteADragUntilItEnds) {
-    FFTFilterScene scene(ThreePointFilter());
-    ResponseTableFilter& filter = TableOf(scene);
-    const auto at = scene.PointInWindow(1);
-    scene.window->MouseDown(at.x, at.y);
-    scene.window->MouseMove(at.x, at.y - 30);
-    const double dragged = scene.Graph().GetCurvePoints()[1].position.second;
+TEST_F(FFTFilterEditor, ParametersDoNotOverwriteADragUntilItEnds) {
+    const auto to = Drag(1, 0, -30);
+    const double dragged = Level(1);
     // An automation moves the point meanwhile.
     filter.StoreValue(13, 0.1f);
     scene.Tick();
     scene.Tick();
-    EXPECT_DOUBLE_EQ(scene.Graph().GetCurvePoints()[1].position.second, dragged);
-    scene.window->MouseUp(at.x, at.y - 30);
+    EXPECT_DOUBLE_EQ(Level(1), dragged);
+    scene.window->MouseUp(to.x, to.y);
     // The release writes the dragged points again, and the next tick takes them back.
     EXPECT_FLOAT_EQ(filter.GetParameterValue(13), float(dragged));
     scene.Tick();
-    EXPECT_FLOAT_EQ(float(scene.Graph().GetCurvePoints()[1].position.second), float(dragged));
+    EXPECT_FLOAT_EQ(float(Level(1)), float(dragged));
 }
 
-TEST(FFTFilterEditor, ACancelledDragWritesNothingAtItsEnd) {
-    FFTFilterScene scene(ThreePointFilter());
-    ResponseTableFilter& filter = TableOf(scene);
-    const auto at = scene.PointInWindow(1);
-    scene.window->MouseDown(at.x, at.y);
-    scene.window->MouseMove(at.x, at.y - 30);
+TEST_F(FFTFilterEditor, ACancelledDragWritesNothingAtItsEnd) {
+    Drag(1, 0, -30);
     filter.ClearCalls();
     scene.window->PressKey(qorui::KeyboardCode::kEscape);
-    EXPECT_FALSE(scene.Graph().IsInteracting());
+    EXPECT_FALSE(graph.IsInteracting());
     EXPECT_TRUE(Writes(filter).empty());
-    EXPECT_DOUBLE_EQ(scene.Graph().GetCurvePoints()[1].position.second, 0.5);
+    EXPECT_DOUBLE_EQ(Level(1), 0.5);
 }
 
-TEST(FFTFilterEditor, ScaleSwitchesRebuildTheRulersOverTheFullRange) {
-    FFTFilterScene scene(ThreePointFilter());
-    ResponseTableFilter& filter = TableOf(scene);
-    FFTFilterGraph& graph = scene.Graph();
+TEST_F(FFTFilterEditor, ScaleSwitchesRebuildTheRulersOverTheFullRange) {
     auto& popup = scene.Find<qorui::UI_Popup>("LinearLogMode");
-
     filter.ClearCalls();
     popup.ChooseItem(0); // "Linear"
     ASSERT_FALSE(filter.GetCalls(Kind::kSetParameterValue).empty());
@@ -277,29 +264,24 @@ TEST(FFTFilterEditor, ScaleSwitchesRebuildTheRulersOverTheFullRange) {
     ASSERT_EQ(graph.GetCurvePoints().size(), 3u) << "a scale switch keeps the points";
 }
 
-TEST(FFTFilterEditor, ResetWritesTwoPointsAtZeroDecibelsAndTheCurveFollows) {
-    FFTFilterScene scene(ThreePointFilter());
-    ResponseTableFilter& filter = TableOf(scene);
+TEST_F(FFTFilterEditor, ResetWritesTwoPointsAtZeroDecibelsAndTheCurveFollows) {
     filter.ClearCalls();
     scene.Click("ResetButton");
-    const std::vector<Call> expected = {{Kind::kSetParameterQuietly, 3, 1.0f},
-                                        {Kind::kSetParameterQuietly, 9, 2 * 0.0078125f},
-                                        {Kind::kSetParameterValue, 10, 20.0f / kNyquist},
-                                        {Kind::kSetParameterValue, 11, kZeroDecibels},
-                                        {Kind::kSetParameterValue, 12, 1.0f},
-                                        {Kind::kSetParameterValue, 13, kZeroDecibels},
-                                        {Kind::kSetParameterQuietly, 3, 0.0f}};
-    EXPECT_EQ(Writes(filter), expected);
+    EXPECT_EQ(Writes(filter), (std::vector<Call>{{Kind::kSetParameterQuietly, 3, 1.0f},
+                                                 {Kind::kSetParameterQuietly, 9, 2 * kPerPoint},
+                                                 {Kind::kSetParameterValue, 10, 20.0f / kNyquist},
+                                                 {Kind::kSetParameterValue, 11, kZeroDecibels},
+                                                 {Kind::kSetParameterValue, 12, 1.0f},
+                                                 {Kind::kSetParameterValue, 13, kZeroDecibels},
+                                                 {Kind::kSetParameterQuietly, 3, 0.0f}}));
     scene.Tick();
-    const auto& points = scene.Graph().GetCurvePoints();
+    const auto& points = graph.GetCurvePoints();
     ASSERT_EQ(points.size(), 2u);
     EXPECT_DOUBLE_EQ(points[1].position.first, kNyquist);
     EXPECT_DOUBLE_EQ(points[1].position.second, kZeroDecibels);
 }
 
-TEST(FFTFilterEditor, TheSplinesCheckboxWritesParameterZeroAndFollowsIt) {
-    FFTFilterScene scene(ThreePointFilter());
-    ResponseTableFilter& filter = TableOf(scene);
+TEST_F(FFTFilterEditor, TheSplinesCheckboxWritesParameterZeroAndFollowsIt) {
     auto& box = scene.Find<qorui::UI_Checkbox>("SplineCurves");
     const int asked = filter.responseRequests;
     scene.Click("SplineCurves");
@@ -311,22 +293,18 @@ TEST(FFTFilterEditor, TheSplinesCheckboxWritesParameterZeroAndFollowsIt) {
     EXPECT_TRUE(box.IsChecked());
 }
 
-TEST(FFTFilterEditor, TheFFTSizePopupSelectsByTextAndWritesOnlyItsElevenSizes) {
-    FFTFilterScene scene(ThreePointFilter());
-    ResponseTableFilter& filter = TableOf(scene);
+TEST_F(FFTFilterEditor, TheFFTSizePopupSelectsByTextAndWritesOnlyItsElevenSizes) {
     auto& popup = scene.Find<qorui::UI_Popup>("FFTSize");
     popup.ChooseItem(3);
     EXPECT_FLOAT_EQ(filter.GetParameterValue(1), (256.0f - 32.0f) / 32736.0f);
     popup.ChooseItem(10);
     EXPECT_FLOAT_EQ(filter.GetParameterValue(1), 1.0f);
-
     // Each size read back from its 32-bit parameter shows as itself again.
     for (int row = 0; row < 11; ++row) {
         popup.ChooseItem(row);
         scene.Tick();
         EXPECT_EQ(popup.GetSelectedIndex(), row) << popup.GetItemText(std::size_t(row));
     }
-
     filter.StoreValue(1, (8192.0f - 32.0f) / 32736.0f);
     scene.Tick();
     EXPECT_EQ(popup.GetValueString(), "8192");
@@ -343,12 +321,10 @@ TEST(FFTFilterEditor, TheFFTSizePopupSelectsByTextAndWritesOnlyItsElevenSizes) {
     EXPECT_EQ(filter.responseRequests, asked + 1);
 }
 
-TEST(FFTFilterEditor, TheWindowPopupMapsRowsToEighths) {
-    FFTFilterScene scene(ThreePointFilter());
-    ResponseTableFilter& filter = TableOf(scene);
+TEST_F(FFTFilterEditor, TheWindowPopupMapsRowsToEighths) {
     auto& popup = scene.Find<qorui::UI_Popup>("WindowType");
-    // Through the menu, as the user picks it.
     {
+        // Through the menu, as the user picks it.
         qorui::testing::ScopedModalResponder responder([](qorui::UI_ModalOverlay& overlay) {
             auto* menu = dynamic_cast<qorui::UI_MenuOverlay*>(&overlay);
             ASSERT_NE(menu, nullptr);
@@ -364,23 +340,20 @@ TEST(FFTFilterEditor, TheWindowPopupMapsRowsToEighths) {
         popup.ChooseItem(row);
         EXPECT_FLOAT_EQ(filter.GetParameterValue(2), float(row) * 0.125f) << row;
     }
-    filter.StoreValue(2, 0.5f);
-    scene.Tick();
-    EXPECT_EQ(popup.GetValueString(), "Gaussian");
-    filter.StoreValue(2, 0.99f);
-    scene.Tick();
-    EXPECT_EQ(popup.GetValueString(), "Kaiser (180 dB)");
-    filter.StoreValue(2, 1.0f); // index 8: no row
-    scene.Tick();
-    EXPECT_EQ(popup.GetSelectedIndex(), -1);
+    // From the filter: eighths, rounded down, and index 8 is no row.
+    for (const auto& [value, shown] :
+         std::vector<std::pair<float, int>>{{0.5f, 4}, {0.99f, 7}, {1.0f, -1}}) {
+        filter.StoreValue(2, value);
+        scene.Tick();
+        EXPECT_EQ(popup.GetSelectedIndex(), shown) << value;
+    }
     // A row past the eight writes the first window.
     popup.AddItem("Other");
     popup.ChooseItem(8);
     EXPECT_EQ(filter.GetParameterValue(2), 0.0f);
 }
 
-TEST(FFTFilterEditor, TheAdvancedSectionGrowsAndShrinksTheEditor) {
-    FFTFilterScene scene(ThreePointFilter());
+TEST_F(FFTFilterEditor, TheAdvancedSectionGrowsAndShrinksTheEditor) {
     auto& section = scene.Find<qorui::UI_SubView>("AdvancedSection");
     const float closed = scene.view->GetFrame().height;
     int signals = 0;
@@ -400,41 +373,21 @@ TEST(FFTFilterEditor, TheAdvancedSectionGrowsAndShrinksTheEditor) {
     EXPECT_EQ(signals, 2);
 }
 
-TEST(FFTFilterEditor, CurvesOfFewerThanTwoPointsLeaveTheRulesAsTheyWere) {
-    auto filter = ThreePointFilter();
-    FFTFilterScene scene(filter);
-    ASSERT_TRUE(scene.Graph().IsPointDeletable(1));
-    filter->StoreValue(9, 1 * 0.0078125f);
-    scene.Tick();
-    ASSERT_EQ(scene.Graph().GetCurvePoints().size(), 1u);
-    EXPECT_TRUE(scene.Graph().IsPointDeletable(1)) << "the lists of three points stand";
-    filter->StoreValue(9, 0.0f);
-    scene.Tick();
-    EXPECT_TRUE(scene.Graph().GetCurvePoints().empty());
-    // A count beyond 128 is held to what the parameters carry.
-    filter->StoreValue(9, 3.0f);
-    scene.Tick();
-    EXPECT_EQ(scene.Graph().GetCurvePoints().size(), 128u);
+TEST_F(FFTFilterEditor, CurvesOfFewerThanTwoPointsLeaveTheRulesAsTheyWere) {
+    ASSERT_TRUE(graph.IsPointDeletable(1));
+    // Counts of one, none and beyond 128 (held to what the parameters carry).
+    for (const auto& [count, points] :
+         std::vector<std::pair<float, std::size_t>>{{kPerPoint, 1}, {0.0f, 0}, {3.0f, 128}}) {
+        filter.StoreValue(9, count);
+        scene.Tick();
+        EXPECT_EQ(graph.GetCurvePoints().size(), points) << count;
+        if (points == 1) {
+            EXPECT_TRUE(graph.IsPointDeletable(1)) << "the lists of three points stand";
+        }
+    }
 }
 
-TEST(FFTFilterEditor, AFilterWithoutResponseLeavesTheCurveAsItWas) {
-    auto filter = ThreePointFilter();
-    filter->answersResponse = false;
-    FFTFilterScene scene(filter);
-    EXPECT_TRUE(scene.Graph().GetResponseData(0).empty());
-    filter->answersResponse = true;
-    filter->StoreValue(13, 0.3f);
-    scene.Tick();
-    ASSERT_EQ(scene.Graph().GetResponseData(0).size(), 4096u);
-    filter->answersResponse = false;
-    filter->StoreValue(13, 0.2f);
-    scene.Tick();
-    EXPECT_EQ(scene.Graph().GetResponseData(0).size(), 4096u) << "the last response stays";
-}
-
-TEST(FFTFilterEditor, ThePointDialogShowsDecibelsAndWritesFaderPositions) {
-    FFTFilterScene scene(ThreePointFilter());
-    ResponseTableFilter& filter = TableOf(scene);
+TEST_F(FFTFilterEditor, ThePointDialogShowsDecibelsAndWritesFaderPositions) {
     std::vector<std::string> labels;
     double shownLevel = 0.0;
     qorui::testing::ScopedModalResponder responder([&](qorui::UI_ModalOverlay& overlay) {
@@ -451,11 +404,23 @@ TEST(FFTFilterEditor, ThePointDialogShowsDecibelsAndWritesFaderPositions) {
     const auto at = scene.PointInWindow(1);
     scene.window->Click(at.x, at.y, qorui::MouseButton::kRight);
     EXPECT_EQ(labels, (std::vector<std::string>{"Frequency:", "Level:"}));
-    EXPECT_NEAR(shownLevel, scene.Graph().GetFaderTranslator().GetDecibelValue(0.5), 1e-9)
-        << "the dialog shows the level in decibels";
+    const auto& fader = graph.GetFaderTranslator();
+    EXPECT_NEAR(shownLevel, fader.GetDecibelValue(0.5), 1e-9) << "shown in decibels";
     EXPECT_FLOAT_EQ(filter.GetParameterValue(12), 2000.0f / kNyquist);
-    EXPECT_FLOAT_EQ(filter.GetParameterValue(13),
-                    float(scene.Graph().GetFaderTranslator().GetNormalizedValue(-6.0)));
+    EXPECT_FLOAT_EQ(filter.GetParameterValue(13), float(fader.GetNormalizedValue(-6.0)));
+}
+
+TEST(FFTFilterPanel, AFilterWithoutResponseLeavesTheCurveAsItWas) {
+    auto filter = ThreePointFilter();
+    filter->answersResponse = false;
+    FFTFilterScene scene(filter);
+    EXPECT_TRUE(scene.Graph().GetResponseData(0).empty());
+    for (const bool answers : {true, false}) {
+        filter->answersResponse = answers;
+        filter->StoreValue(13, answers ? 0.3f : 0.2f);
+        scene.Tick();
+        EXPECT_EQ(scene.Graph().GetResponseData(0).size(), 4096u) << "the last response stays";
+    }
 }
 
 /// A panel of the editor's controls without some of them, in a folder that the library reads
@@ -503,21 +468,22 @@ private:
     std::filesystem::path path_;
 };
 
-TEST(FFTFilterEditor, APanelWithoutTheGraphSyncsButResetNeedsIt) {
+TEST(FFTFilterPanel, WithoutTheGraphItSyncsButResetNeedsIt) {
     const PartialArchive archive({"FFTFilterGraph"});
     FFTFilterScene scene(ThreePointFilter());
     EXPECT_FALSE(scene.view->GetGraph());
     // Ticks go on without a graph, and the controls still follow the filter.
-    TableOf(scene).StoreValue(0, 0.0f);
+    auto& filter = static_cast<ResponseTableFilter&>(*scene.filter);
+    filter.StoreValue(0, 0.0f);
     scene.Tick();
     EXPECT_FALSE(scene.Find<qorui::UI_Checkbox>("SplineCurves").IsChecked());
     scene.Find<qorui::UI_Popup>("FFTSize").ChooseItem(2);
-    EXPECT_FLOAT_EQ(TableOf(scene).GetParameterValue(1), (128.0f - 32.0f) / 32736.0f);
+    EXPECT_FLOAT_EQ(filter.GetParameterValue(1), (128.0f - 32.0f) / 32736.0f);
     EXPECT_THROW(scene.Find<qorui::UI_PictureButton>("ResetButton").Click(),
                  qorcore::NullPointerException);
 }
 
-TEST(FFTFilterEditor, APanelWithoutAControlFailsAsItIsConnected) {
+TEST(FFTFilterPanel, WithoutAControlItFailsAsItIsConnected) {
     const PartialArchive archive({"ResetButton"});
     EXPECT_THROW(FFTFilterScene scene(ThreePointFilter()), qorcore::NullPointerException);
     Terminate(); // the scene's constructor did not finish, so its destructor did not run

@@ -1,7 +1,7 @@
 #pragma once
 
-// The FFT filter editor made through the registry in a headless window, over a table of the
-// filter's parameters, and what the tests need to drive it with the mouse.
+// An editor made through the registry in a headless window, and the FFT filter's editor over a
+// table of the filter's parameters, with what the tests need to drive it with the mouse.
 
 #include "effects/fft_filter_editor_view.hpp"
 #include "effects/fft_filter_graph.hpp"
@@ -9,10 +9,9 @@
 #include "platform/draw/cairo_supplier.hpp"
 #include "platform/host/parameter_store_filter.hpp"
 #include "platform/hostui/audio_filter_view_factory_registrar.hpp"
+#include "platform/panels/ui_static_text.hpp"
 #include "platform/ui/headless_window.hpp"
 
-#include <algorithm>
-#include <cmath>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -42,9 +41,8 @@ inline std::vector<float> FFTFilterValues(const std::vector<std::pair<float, flo
     return values;
 }
 
-/// A table shaped like the FFT filter's parameters that also answers for its response: the
-/// points joined by straight lines over the visible range (parameters 5 and 6) on the graph's
-/// scale (parameter 4), and counts how often it was asked.
+/// A table shaped like the FFT filter's parameters that also answers for its response (flat at
+/// the first point's level) when `answersResponse` is set, and counts how often it was asked.
 class ResponseTableFilter : public qoraudiofilterhost::ParameterStoreFilter {
 public:
     explicit ResponseTableFilter(const std::vector<float>& values)
@@ -58,30 +56,7 @@ public:
         ++responseRequests;
         if (channel != 0 || pointCount < 2 || !answersResponse)
             return 0;
-        const double nyquist = GetSampleRate() * 0.5;
-        const double low = GetParameterValue(5) * nyquist;
-        const double high = GetParameterValue(6) * nyquist;
-        const bool logarithmic = GetParameterValue(4) < 0.5f;
-        const int count = std::min(128, int(GetParameterValue(9) * 128.0f));
-        out.assign(std::size_t(pointCount), 0.0f);
-        for (int i = 0; i < pointCount; ++i) {
-            const double t = double(i) / double(pointCount);
-            const double hz =
-                logarithmic && low > 0.0 ? low * std::pow(high / low, t) : low + (high - low) * t;
-            float level = count > 0 ? GetParameterValue(11) : 0.0f;
-            for (int p = 0; p + 1 < count; ++p) {
-                const double x0 = GetParameterValue(10 + 2 * p) * nyquist;
-                const double x1 = GetParameterValue(12 + 2 * p) * nyquist;
-                if (hz >= x0 && hz <= x1 && x1 > x0) {
-                    const double f = (hz - x0) / (x1 - x0);
-                    level = float(GetParameterValue(11 + 2 * p) * (1.0 - f) +
-                                  GetParameterValue(13 + 2 * p) * f);
-                } else if (hz > x1) {
-                    level = GetParameterValue(13 + 2 * p);
-                }
-            }
-            out[std::size_t(i)] = level;
-        }
+        out.assign(std::size_t(pointCount), GetParameterValue(11));
         return 1;
     }
 
@@ -101,67 +76,82 @@ private:
     }
 };
 
-/// The editor of a filter, made by the registry, in a window of its size.
-class FFTFilterScene {
+/// The texts of the static texts under `node`, depth first.
+inline std::vector<std::string> StaticTexts(qorui::UI_Node& node) {
+    std::vector<std::string> texts;
+    if (auto* text = dynamic_cast<qorui::UI_StaticText*>(&node))
+        texts.push_back(text->GetText());
+    for (const auto& child : node.GetChildren())
+        for (std::string& text : StaticTexts(*child))
+            texts.push_back(std::move(text));
+    return texts;
+}
+
+/// The editor of `guid` on a filter, made by the registry (a `View`, or the constructor
+/// throws), in a window of its size, with the library initialised while the scene lives.
+template <class View>
+class EditorScene {
 public:
-    explicit FFTFilterScene(std::shared_ptr<qoraudiofilterhost::AudioFilter> theFilter,
-                            float scale = 1.0f)
+    EditorScene(const char* guid, std::shared_ptr<qoraudiofilterhost::AudioFilter> theFilter,
+                float scale = 1.0f)
         : supplier(scale), filter(std::move(theFilter)) {
         qoraudiofiltersui::Initialize(&supplier);
-        auto made = qoraudiofilterhostui::AudioFilterViewFactoryRegistry::Get().CreateEditor(
-            kFFTFilterGuid, filter);
-        view = qorcore::IntrusivePtr<qoraudiofiltersui::FFTFilterEditorView>(
-            dynamic_cast<qoraudiofiltersui::FFTFilterEditorView*>(made.get()));
+        auto made =
+            qoraudiofilterhostui::AudioFilterViewFactoryRegistry::Get().CreateEditor(guid, filter);
+        view = qorcore::IntrusivePtr<View>(dynamic_cast<View*>(made.get()));
         if (!view)
-            throw std::runtime_error("the registry made no FFT filter editor");
+            throw std::runtime_error(std::string("the registry made no such editor for ") + guid);
         window = std::make_unique<qorui::HeadlessWindow>(view->GetFrame().width,
                                                          view->GetFrame().height, scale);
         window->AddNode(view);
     }
-    ~FFTFilterScene() {
+    ~EditorScene() {
         window->GetRoot()->RemoveAllChildren();
         view.reset();
         qoraudiofiltersui::Terminate();
     }
-    FFTFilterScene(const FFTFilterScene&) = delete;
-    FFTFilterScene& operator=(const FFTFilterScene&) = delete;
+    EditorScene(const EditorScene&) = delete;
+    EditorScene& operator=(const EditorScene&) = delete;
 
-    qoraudiofiltersui::FFTFilterGraph& Graph() const {
-        if (!view->GetGraph())
-            throw std::runtime_error("the editor has no graph");
-        return *view->GetGraph();
-    }
-
-    template <class T>
+    template <class T = qorui::UI_Node>
     T& Find(const char* id) const {
         T* node = dynamic_cast<T*>(view->FindNodeByID(id));
         if (!node)
             throw std::runtime_error(std::string("no node ") + id);
         return *node;
     }
-
-    qorcore::PointT<float> CentreOf(const char* id) const {
-        auto& node = Find<qorui::UI_Node>(id);
-        return node.UI_LocalToGlobalF({node.GetFrame().width / 2, node.GetFrame().height / 2});
-    }
     void Click(const char* id) {
-        const auto at = CentreOf(id);
+        auto& node = Find(id);
+        const auto at =
+            node.UI_LocalToGlobalF({node.GetFrame().width / 2, node.GetFrame().height / 2});
         window->Click(at.x, at.y);
     }
-
-    /// Where point `index` of the curve is drawn, in window coordinates.
-    qorcore::PointT<float> PointInWindow(std::size_t index) const {
-        const auto& point = Graph().GetCurvePoints().at(index);
-        return Graph().UI_LocalToGlobalF(Graph().GetPixelForCoordinatePair(point.position));
-    }
-
     /// One editor tick.
     void Tick() { window->AdvanceTime(0.01); }
 
     qorui::penrig::CairoSupplier supplier;
     std::shared_ptr<qoraudiofilterhost::AudioFilter> filter;
-    qorcore::IntrusivePtr<qoraudiofiltersui::FFTFilterEditorView> view;
+    qorcore::IntrusivePtr<View> view;
     std::unique_ptr<qorui::HeadlessWindow> window;
+};
+
+/// The FFT filter's editor, with its graph.
+class FFTFilterScene : public EditorScene<qoraudiofiltersui::FFTFilterEditorView> {
+public:
+    explicit FFTFilterScene(std::shared_ptr<qoraudiofilterhost::AudioFilter> theFilter,
+                            float scale = 1.0f)
+        : EditorScene(kFFTFilterGuid, std::move(theFilter), scale) {}
+
+    qoraudiofiltersui::FFTFilterGraph& Graph() const {
+        if (!view->GetGraph())
+            throw std::runtime_error("the editor has no graph");
+        return *view->GetGraph();
+    }
+    /// Where point `index` of the curve is drawn, in window coordinates.
+    qorcore::PointT<float> PointInWindow(std::size_t index) const {
+        const auto& point = Graph().GetCurvePoints().at(index);
+        return Graph().UI_LocalToGlobalF(Graph().GetPixelForCoordinatePair(point.position));
+    }
 };
 
 } // namespace qafui_testing

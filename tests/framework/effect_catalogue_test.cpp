@@ -85,31 +85,35 @@ protected:
     void Write(const std::string& file, const std::string& text) {
         std::ofstream(folder / file) << text;
     }
-    const PendingEditorView& Make(const char* guid) {
-        view = AudioFilterViewFactoryRegistry::Get().CreateEditor(guid, MakeFilter());
-        auto* pending = dynamic_cast<const PendingEditorView*>(view.get());
-        if (!pending)
-            throw std::runtime_error("no pending editor");
-        return *pending;
+    /// The scripts the pending editor of `guid` chose, under `skin`.
+    EditorResources Chosen(const char* guid, qorui::skins::Skin skin) {
+        qorui::skins::ScopedSkin look(skin);
+        auto view = AudioFilterViewFactoryRegistry::Get().CreateEditor(guid, MakeFilter());
+        return dynamic_cast<const PendingEditorView&>(*view).GetResources();
     }
 
     qorui::penrig::CairoSupplier supplier;
     std::filesystem::path folder;
-    qorcore::IntrusivePtr<qoraudiofilterhostui::AudioFilterEditorViewBase> view;
 };
 
 } // namespace
 
-TEST(EffectCatalogue, HoldsThe36EffectsWithTheirGuidsAndKinds) {
+TEST(EffectCatalogue, HoldsThe36EffectsWithTheirGuidsAndKindsAndTheRegistryAnswersThem) {
     const auto catalogue = GetEffectCatalogue();
     ASSERT_EQ(catalogue.size(), 36u);
     std::map<char, int> kinds;
+    const auto& registry = AudioFilterViewFactoryRegistry::Get();
     for (const EffectEntry& effect : catalogue) {
         auto expected = kExpected.find(effect.name);
         ASSERT_NE(expected, kExpected.end()) << effect.name;
-        EXPECT_EQ(effect.GetGuidText(), expected->second.first) << effect.name;
+        const std::string& guid = expected->second.first;
+        EXPECT_EQ(effect.GetGuidText(), guid) << effect.name;
         EXPECT_EQ(char(effect.kind), expected->second.second) << effect.name;
         ++kinds[char(effect.kind)];
+        std::string lower = guid;
+        for (char& c : lower)
+            c = char(std::tolower(static_cast<unsigned char>(c)));
+        EXPECT_TRUE(registry.Contains(guid) && registry.Contains(lower)) << effect.name;
     }
     EXPECT_EQ(kinds, (std::map<char, int>{{'G', 14}, {'L', 1}, {'S', 15}, {'X', 6}}));
     EXPECT_EQ(FindEffect("tubemodeledcomp")->resourceName, std::string("TubeModeledCompressor"));
@@ -118,24 +122,13 @@ TEST(EffectCatalogue, HoldsThe36EffectsWithTheirGuidsAndKinds) {
     EXPECT_EQ(FindEffect("NoSuchEffect"), nullptr);
 }
 
-TEST(EffectCatalogue, TheRegistryAnswersAll36Guids) {
-    const auto& registry = AudioFilterViewFactoryRegistry::Get();
-    for (const auto& [name, expected] : kExpected) {
-        EXPECT_TRUE(registry.Contains(expected.first)) << name;
-        std::string lower = expected.first;
-        for (char& c : lower)
-            c = char(std::tolower(static_cast<unsigned char>(c)));
-        EXPECT_TRUE(registry.Contains(lower)) << name;
-    }
-}
-
 TEST(EffectCatalogue, FactoriesBeforeInitializeFailWithTheNullPointerException) {
     ASSERT_EQ(GetLibraryUseCount(), 0u);
-    const auto& registry = AudioFilterViewFactoryRegistry::Get();
-    EXPECT_THROW(registry.CreateEditor("F83AD984-04C6-4474-B8C0-E31D98875CFE", MakeFilter()),
-                 qorcore::NullPointerException);
-    EXPECT_THROW(registry.CreateEditor("F14FEE7D-FE5F-4202-B790-F53209E56411", MakeFilter()),
-                 qorcore::NullPointerException);
+    for (const char* guid :
+         {"F83AD984-04C6-4474-B8C0-E31D98875CFE", "F14FEE7D-FE5F-4202-B790-F53209E56411"})
+        EXPECT_THROW(AudioFilterViewFactoryRegistry::Get().CreateEditor(guid, MakeFilter()),
+                     qorcore::NullPointerException)
+            << guid;
 }
 
 TEST_F(InitializedLibrary, EveryFactoryMakesAnEditorOnItsFilter) {
@@ -145,7 +138,11 @@ TEST_F(InitializedLibrary, EveryFactoryMakesAnEditorOnItsFilter) {
         ASSERT_TRUE(editor) << name;
         EXPECT_EQ(editor->GetAudioFilter(), filter) << name;
         const EffectEntry& effect = *FindEffect(name);
-        if (IsEditorClassBuilt(effect)) {
+        // No own class is linked into this test: only the generic kinds make script editors.
+        const bool generic =
+            effect.kind == EditorKind::kGeneric || effect.kind == EditorKind::kLayoutOnly;
+        EXPECT_EQ(IsEditorClassBuilt(effect), generic) << name;
+        if (generic) {
             // Without resources a script editor comes up empty.
             auto* script = dynamic_cast<MarlTessAudioFilterEditorView*>(editor.get());
             ASSERT_NE(script, nullptr) << name;
@@ -159,13 +156,6 @@ TEST_F(InitializedLibrary, EveryFactoryMakesAnEditorOnItsFilter) {
     }
 }
 
-TEST_F(InitializedLibrary, TheGenericKindsMakeScriptEditors) {
-    for (const EffectEntry& effect : GetEffectCatalogue())
-        EXPECT_EQ(IsEditorClassBuilt(effect),
-                  effect.kind == EditorKind::kGeneric || effect.kind == EditorKind::kLayoutOnly)
-            << effect.name << ": no own class is linked into this test";
-}
-
 TEST_F(InitializedLibrary, ScriptEditorsChooseTheirResources) {
     Write("PARAMETRICEQ.mrl", "eq sheet");
     Write("PARAMETRICEQ.tss", "eq classic");
@@ -174,18 +164,14 @@ TEST_F(InitializedLibrary, ScriptEditorsChooseTheirResources) {
     Write("ANALOGDELAY.tss", "layout AnalogDelayUI { view subview() { checkbox(identifier: "
                              "\"Sync\", name: \"Sync\"); } }");
     Write("TUBEMODELEDCOMPRESSOR.tss", "tube layout");
-    {
-        qorui::skins::ScopedSkin skin(qorui::skins::Skin::kV7);
-        const auto& eq = Make("8EDCD326-33DE-4A4D-985B-F1BF48ED1427");
-        EXPECT_EQ(eq.GetResources().layoutText, "eq v7");
-        EXPECT_EQ(eq.GetResources().sheetText, "eq sheet");
-    }
-    {
-        qorui::skins::ScopedSkin skin(qorui::skins::Skin::kClassic);
-        EXPECT_EQ(Make("8EDCD326-33DE-4A4D-985B-F1BF48ED1427").GetResources().layoutText,
-                  "eq classic");
-    }
-    EXPECT_EQ(Make("F527FD12-24BF-411F-A46E-5B997CEC32D4").GetResources().layoutText, "tube layout")
+    using qorui::skins::Skin;
+    const EditorResources eq = Chosen("8EDCD326-33DE-4A4D-985B-F1BF48ED1427", Skin::kV7);
+    EXPECT_EQ(eq.layoutText, "eq v7");
+    EXPECT_EQ(eq.sheetText, "eq sheet");
+    EXPECT_EQ(Chosen("8EDCD326-33DE-4A4D-985B-F1BF48ED1427", Skin::kClassic).layoutText,
+              "eq classic");
+    EXPECT_EQ(Chosen("F527FD12-24BF-411F-A46E-5B997CEC32D4", Skin::kClassic).layoutText,
+              "tube layout")
         << "a class may load a resource whose name differs from the effect's";
 
     // AnalogDelay never looks for a sheet: the broken one beside its layout is not read.

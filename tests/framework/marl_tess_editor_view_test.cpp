@@ -77,46 +77,52 @@ view subview(margin: 4, spacing: 4) {
 /// A sheet-driven editor over its own resource folder, in a headless window.
 class EditorScene : public ::testing::Test {
 protected:
-    void SetUp() override {
-        folder = std::filesystem::temp_directory_path() /
-                 ("qafui-marltess-" + std::to_string(::getpid()));
-        std::filesystem::create_directories(folder);
-    }
     void TearDown() override {
         if (window)
             window->GetRoot()->RemoveAllChildren();
         view.reset();
         std::filesystem::remove_all(folder);
     }
-    void Write(const std::string& file, const std::string& text) {
-        std::ofstream(folder / file) << text;
-    }
     void Open(const std::string& sheet, const std::string& layout, bool hasSheet = true) {
+        std::filesystem::create_directories(folder);
         if (hasSheet)
-            Write("TEST.mrl", sheet);
+            std::ofstream(folder / "TEST.mrl") << sheet;
         // The layout reads a cell of its own for the limits: a layout's interface.
         std::string withInterface = layout;
         withInterface.insert(withInterface.find('{') + 1, "\ninterface: gain_min_shown: -24;\n");
-        Write("TEST.tss", withInterface);
+        std::ofstream(folder / "TEST.tss") << withInterface;
         manager = std::make_unique<ResourceManager>(ModuleHandle{}, folder);
         view = MarlTessAudioFilterEditorView::Create(filter, &supplier, "Test", manager.get(),
                                                      hasSheet);
         window = std::make_unique<qorui::HeadlessWindow>(400, 300);
         window->AddNode(view);
     }
-    qorui::UI_Node& Control(const char* identifier) {
-        auto node = view->GetTessRoot()->GetTessViewHolder().GetControl(identifier);
+    template <class T = qorui::UI_Node>
+    T& Control(const char* identifier) {
+        auto* node =
+            dynamic_cast<T*>(view->GetTessRoot()->GetTessViewHolder().GetControl(identifier).get());
         if (!node)
             throw std::runtime_error(std::string("no control ") + identifier);
         return *node;
     }
+    std::string Text(const char* identifier) {
+        return Control<qorui::UI_StaticText>(identifier).GetText();
+    }
     qorcore::PointT<float> Centre(const char* identifier) {
         auto& node = Control(identifier);
-        return node.UI_LocalToGlobalF(
-            qorcore::PointT<float>{node.GetFrame().width / 2, node.GetFrame().height / 2});
+        return node.UI_LocalToGlobalF({node.GetFrame().width / 2, node.GetFrame().height / 2});
     }
     any_regular_t Cell(const char* name) { return view->GetSheet()->get(name_t(name)); }
+    void Set(const char* name, const any_regular_t& value) {
+        view->GetSheet()->set(name_t(name), value);
+        view->GetSheet()->update();
+    }
     std::size_t Count(Kind kind) const { return filter->GetCalls(kind).size(); }
+    /// How many gestures were begun and ended.
+    std::vector<std::size_t> Gestures() const {
+        return {Count(Kind::kBeginParameterEdit), Count(Kind::kEndParameterEdit)};
+    }
+    using Counts = std::vector<std::size_t>;
     void Tick() { window->AdvanceTime(0.01); }
 
     std::shared_ptr<ParameterStoreFilter> filter = std::make_shared<ParameterStoreFilter>(
@@ -124,7 +130,8 @@ protected:
                                          {"Bypass", 0.0f, 1.0f, 0.0f},
                                          {"Other", 0.0f, 1.0f, 0.25f}});
     qorui::penrig::CairoSupplier supplier;
-    std::filesystem::path folder;
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("qafui-marltess-" + std::to_string(::getpid()));
     std::unique_ptr<ResourceManager> manager;
     IntrusivePtr<MarlTessAudioFilterEditorView> view;
     std::unique_ptr<qorui::HeadlessWindow> window;
@@ -135,8 +142,8 @@ TEST_F(EditorScene, TheFirstSyncBringsTheFiltersValuesIntoTheSheetAndControls) {
     filter->SetSampleRate(44100.0f);
     Open(kSheet, kLayout);
     EXPECT_DOUBLE_EQ(Cell("gain").cast<double>(), -6.0);
-    EXPECT_DOUBLE_EQ(dynamic_cast<qorui::UI_HotTextNumber&>(Control("Gain")).GetValue(), -6.0);
-    EXPECT_EQ(dynamic_cast<qorui::UI_StaticText&>(Control("Rate")).GetText(), "44100");
+    EXPECT_DOUBLE_EQ(Control<qorui::UI_HotTextNumber>("Gain").GetValue(), -6.0);
+    EXPECT_EQ(Text("Rate"), "44100");
     EXPECT_EQ(Count(Kind::kSetParameterValue), 0u) << "the view's own refresh writes nothing back";
     EXPECT_GT(view->GetFrame().width, 0.0f);
     EXPECT_EQ(view->GetFrame().width, view->GetTessRoot()->GetFrame().width);
@@ -159,17 +166,16 @@ TEST_F(EditorScene, ADragOpensOneGestureAndTheButtonsReleaseClosesIt) {
     // Ticks while the button is down write the inputs back (in sync) but end nothing.
     Tick();
     Tick();
-    EXPECT_EQ(Count(Kind::kEndParameterEdit), 0u);
+    EXPECT_EQ(Gestures(), (Counts{1, 0}));
     EXPECT_EQ(Count(Kind::kSetParameterValue), writes) << "the outputs fire again, ignored";
 
     window->MouseUp(at.x, at.y - 20);
-    EXPECT_EQ(Count(Kind::kEndParameterEdit), 0u) << "gestures close at the next tick";
+    EXPECT_EQ(Gestures(), (Counts{1, 0})) << "gestures close at the next tick";
     Tick();
-    ASSERT_EQ(Count(Kind::kEndParameterEdit), 1u);
+    ASSERT_EQ(Gestures(), (Counts{1, 1}));
     EXPECT_EQ(filter->GetCalls(Kind::kEndParameterEdit)[0].index, 0);
     Tick();
-    EXPECT_EQ(Count(Kind::kBeginParameterEdit), 1u);
-    EXPECT_EQ(Count(Kind::kEndParameterEdit), 1u);
+    EXPECT_EQ(Gestures(), (Counts{1, 1}));
 }
 
 TEST_F(EditorScene, GesturesOfSeveralParametersCloseInRisingOrder) {
@@ -178,14 +184,13 @@ TEST_F(EditorScene, GesturesOfSeveralParametersCloseInRisingOrder) {
     window->MouseDown(gain.x, gain.y);
     window->MouseMove(gain.x, gain.y - 12);
     // While the button is held the bypass changes too (as a linked control would).
-    view->GetSheet()->set(name_t("bypass"), any_regular_t(true));
-    view->GetSheet()->update();
+    Set("bypass", any_regular_t(true));
     window->MouseUp(gain.x, gain.y - 12);
     Tick();
-    const auto ends = filter->GetCalls(Kind::kEndParameterEdit);
-    ASSERT_EQ(ends.size(), 2u);
-    EXPECT_EQ(ends[0].index, 0);
-    EXPECT_EQ(ends[1].index, 1);
+    std::vector<int> ended;
+    for (const auto& call : filter->GetCalls(Kind::kEndParameterEdit))
+        ended.push_back(call.index);
+    EXPECT_EQ(ended, (std::vector<int>{0, 1}));
 }
 
 TEST_F(EditorScene, AClickWritesWithoutGestureAndEqualValuesAreNotWrittenAgain) {
@@ -194,13 +199,12 @@ TEST_F(EditorScene, AClickWritesWithoutGestureAndEqualValuesAreNotWrittenAgain) 
     ASSERT_EQ(Count(Kind::kSetParameterValue), 1u);
     EXPECT_FLOAT_EQ(filter->GetParameterValue(1), 1.0f);
     Tick();
-    EXPECT_EQ(Count(Kind::kEndParameterEdit), 1u) << "the press opened the bypass's gesture";
+    EXPECT_EQ(Gestures(), (Counts{1, 1})) << "the press opened the bypass's gesture";
 
     filter->ClearCalls();
-    view->GetSheet()->set(name_t("gain"), any_regular_t(-12.0)); // the filter holds 0.5 already
-    view->GetSheet()->update();
+    Set("gain", any_regular_t(-12.0)); // the filter holds 0.5 already
     EXPECT_EQ(Count(Kind::kSetParameterValue), 0u);
-    EXPECT_EQ(Count(Kind::kBeginParameterEdit), 0u);
+    EXPECT_EQ(Gestures(), (Counts{0, 0}));
 }
 
 TEST_F(EditorScene, ASuspendedChangeForcesARefreshAndOutOfRangeValuesAreTraced) {
@@ -217,23 +221,22 @@ TEST_F(EditorScene, ASuspendedChangeForcesARefreshAndOutOfRangeValuesAreTraced) 
     Tick();
     EXPECT_DOUBLE_EQ(Cell("gain").cast<double>(), -18.0);
     EXPECT_EQ(Cell("suspended"), any_regular_t(true));
-    EXPECT_EQ(dynamic_cast<qorui::UI_StaticText&>(Control("Suspended")).GetText(), "true");
+    EXPECT_EQ(Text("Suspended"), "true");
 
     filter->StoreValue(1, 1.5f);
     Tick();
     EXPECT_EQ(Cell("bypass"), any_regular_t(true)) << "the value is used all the same";
     // The other way: a value from the sheet outside 0..1 reaches the filter and is traced.
-    view->GetSheet()->set(name_t("boost"), any_regular_t(1.5));
-    view->GetSheet()->update();
+    Set("boost", any_regular_t(1.5));
     const auto writes = filter->GetCalls(Kind::kSetParameterValue);
     ASSERT_FALSE(writes.empty());
     EXPECT_EQ(writes.back().index, 2);
     EXPECT_FLOAT_EQ(writes.back().value, 1.5f);
     qorcore::debug::SetTraceSink({});
     qorcore::debug::SetTraceSettings("");
-    ASSERT_EQ(traces.size(), 2u);
-    EXPECT_EQ(traces[0], "(from component) parameter out of range: index = 1, value = 1.5\n");
-    EXPECT_EQ(traces[1], "(from UI) parameter out of range: index = 2, value = 1.5\n");
+    EXPECT_EQ(traces, (std::vector<std::string>{
+                          "(from component) parameter out of range: index = 1, value = 1.5\n",
+                          "(from UI) parameter out of range: index = 2, value = 1.5\n"}));
 }
 
 TEST_F(EditorScene, TheFunctionPackReachesTheFilterAndReflectsLayoutNames) {
@@ -250,9 +253,9 @@ TEST_F(EditorScene, TheFunctionPackReachesTheFilterAndReflectsLayoutNames) {
                   vorlen::array_t{any_regular_t(std::string("L")), any_regular_t(std::string("2")),
                                   any_regular_t(std::string("Right")), any_regular_t(std::string()),
                                   any_regular_t(std::string())}));
-    auto& channels = dynamic_cast<qorui::UI_Popup&>(Control("Channels"));
-    EXPECT_EQ(channels.GetItems(), (std::vector<std::string>{"L", "2", "R"}));
-    EXPECT_EQ(dynamic_cast<qorui::UI_StaticText&>(Control("Aligned")).GetText(), "align_center");
+    EXPECT_EQ(Control<qorui::UI_Popup>("Channels").GetItems(),
+              (std::vector<std::string>{"L", "2", "R"}));
+    EXPECT_EQ(Text("Aligned"), "align_center");
 }
 
 // A layout without a sheet, bound by its parameter map.
@@ -303,7 +306,6 @@ const ClientAdapterFactory kTestHook =
 class MappedEditor : public EditorScene {
 protected:
     void SetUp() override {
-        EditorScene::SetUp();
         filter = std::make_shared<ParameterStoreFilter>(
             std::vector<ParameterDescriptor>{{"Size", 0.0f, 4.0f, 0.0f},
                                              {"Unused", 0.0f, 1.0f, 0.0f},
@@ -320,35 +322,32 @@ protected:
 };
 
 TEST_F(MappedEditor, TheMapBindsControlsWithoutASheet) {
-    auto& size = dynamic_cast<qorui::UI_Popup&>(Control("Size"));
+    auto& size = Control<qorui::UI_Popup>("Size");
     size.ChooseItem(2);
     ASSERT_EQ(Count(Kind::kSetParameterValue), 1u);
     EXPECT_FLOAT_EQ(filter->GetParameterValue(0), 0.5f);
-    EXPECT_EQ(Count(Kind::kBeginParameterEdit), 0u) << "a popup writes without a gesture";
+    EXPECT_EQ(Gestures(), (Counts{0, 0})) << "a popup writes without a gesture";
+    // 2.4 rounds to item 2, 2.52 to item 3.
+    for (const auto& [value, item] : std::vector<std::pair<float, int>>{{0.6f, 2}, {0.63f, 3}}) {
+        filter->StoreValue(0, value);
+        Tick();
+        EXPECT_EQ(size.GetSelectedIndex(), item) << value;
+    }
 
-    filter->StoreValue(0, 0.6f); // 2.4 rounds to item 2
-    Tick();
-    EXPECT_EQ(size.GetSelectedIndex(), 2);
-    filter->StoreValue(0, 0.63f); // 2.52 rounds to item 3
-    Tick();
-    EXPECT_EQ(size.GetSelectedIndex(), 3);
-
-    auto& level = dynamic_cast<qorui::UI_Knob&>(Control("Level"));
+    auto& level = Control<qorui::UI_Knob>("Level");
     EXPECT_DOUBLE_EQ(level.GetValue(), 0.0) << "0.5 in the knob's own range";
     level.BeginInteractiveChange();
     level.SetValue(5.0);
     level.ContinueInteractiveChange();
     level.FinishInteractiveChange();
     EXPECT_FLOAT_EQ(filter->GetParameterValue(2), 0.75f);
-    EXPECT_EQ(Count(Kind::kBeginParameterEdit), 1u);
-    EXPECT_EQ(Count(Kind::kEndParameterEdit), 1u);
+    EXPECT_EQ(Gestures(), (Counts{1, 1}));
 }
 
 TEST_F(MappedEditor, AnEditNumberTakesTheRangeAndADragIsOneGesture) {
-    auto& amount = dynamic_cast<EditNumber&>(Control("Amount"));
-    EXPECT_DOUBLE_EQ(amount.GetMinValue(), -20.0);
-    EXPECT_DOUBLE_EQ(amount.GetMaxValue(), 20.0);
-    EXPECT_DOUBLE_EQ(amount.GetValue(), -10.0);
+    auto& amount = Control<EditNumber>("Amount");
+    EXPECT_EQ((std::vector<double>{amount.GetMinValue(), amount.GetMaxValue(), amount.GetValue()}),
+              (std::vector<double>{-20.0, 20.0, -10.0}));
     amount.BeginInteractiveChange();
     amount.SetValue(0.0);
     amount.ContinueInteractiveChange();
@@ -356,8 +355,7 @@ TEST_F(MappedEditor, AnEditNumberTakesTheRangeAndADragIsOneGesture) {
     amount.ContinueInteractiveChange();
     amount.FinishInteractiveChange();
     EXPECT_FLOAT_EQ(filter->GetParameterValue(4), 0.75f);
-    EXPECT_EQ(Count(Kind::kBeginParameterEdit), 1u);
-    EXPECT_EQ(Count(Kind::kEndParameterEdit), 1u);
+    EXPECT_EQ(Gestures(), (Counts{1, 1}));
     EXPECT_EQ(Count(Kind::kSetParameterValue), 4u) << "begin, two steps and the end each write";
 
     filter->StoreValue(4, 0.5f);
@@ -384,7 +382,7 @@ TEST_F(EditorScene, WithoutASheetGesturesStillCloseAndNoCellIsWritten) {
     filter->StoreValue(2, 0.75f);
     Tick();
     EXPECT_EQ(Count(Kind::kSetParameterValue), 0u);
-    EXPECT_DOUBLE_EQ(dynamic_cast<qorui::UI_Knob&>(Control("Level")).GetValue(), 5.0)
+    EXPECT_DOUBLE_EQ(Control<qorui::UI_Knob>("Level").GetValue(), 5.0)
         << "observers of the map still follow the filter";
 }
 
