@@ -1,5 +1,6 @@
 // The library's factory of client widgets: each of its six names makes its adapter, in any view
-// the engine builds; every other name goes to the hook, which may be missing or empty.
+// the engine builds; every other name goes to the hook, which may be missing or empty. And how
+// each widget fails on scripts it can't take.
 #include "adapter_scene.hpp"
 
 #include "adapters/tess_color_view_adapter.hpp"
@@ -19,12 +20,11 @@
 
 namespace {
 
-using adapter_testing::AdapterScene;
+using namespace adapter_testing;
 using qoraudiofiltersui::ClientAdapterFactory;
 using qoraudiofiltersui::GetLibraryAdapterFactory;
 using qoraudiofiltersui::SetClientAdapterFactoryProc;
 using qormarltess::UI_QORClientWidgetTessAdapter;
-using vorlen::any_regular_t;
 using vorlen::dictionary_t;
 using vorlen::name_t;
 
@@ -32,6 +32,8 @@ using vorlen::name_t;
 struct HookScope {
     ~HookScope() { SetClientAdapterFactoryProc(nullptr); }
 };
+
+const char* const kHostLayout = "layout L { view column() { static_text(name: 'host'); } }";
 
 /// A host's own widget: a static text of its `text` argument.
 class HostTextAdapter : public UI_QORClientWidgetTessAdapter {
@@ -58,12 +60,10 @@ TEST(LibraryAdapterFactory, EachOwnNameMakesItsAdapter) {
     };
     SetClientAdapterFactoryProc(&hook);
 
-    AdapterScene scene("", "layout L { view column() { static_text(name: 'host'); } }");
-    const qormarltess::FactoryToken token(scene.Holder(), nullptr, nullptr, nullptr, false);
+    AdapterScene scene("", kHostLayout);
     const ClientAdapterFactory& factory = *GetLibraryAdapterFactory();
-    dictionary_t curve;
-    curve[name_t("horizontal_ruler_type")] = any_regular_t(1.0);
-    curve[name_t("vertical_ruler_type")] = any_regular_t(1.0);
+    const dictionary_t curve =
+        Value("{ horizontal_ruler_type: 1, vertical_ruler_type: 1 }").cast<dictionary_t>();
     const struct {
         const char* name;
         const dictionary_t arguments;
@@ -80,7 +80,7 @@ TEST(LibraryAdapterFactory, EachOwnNameMakesItsAdapter) {
     };
     for (const auto& c : cases) {
         std::unique_ptr<UI_QORClientWidgetTessAdapter> adapter(
-            factory(name_t(c.name), c.arguments, scene.root.get(), token));
+            factory(name_t(c.name), c.arguments, scene.root.get(), scene.Token()));
         ASSERT_NE(adapter, nullptr) << c.name;
         EXPECT_EQ(typeid(*adapter), c.made) << c.name;
         EXPECT_EQ(adapter->GetNode()->GetParent(), scene.root.get()) << c.name;
@@ -89,9 +89,8 @@ TEST(LibraryAdapterFactory, EachOwnNameMakesItsAdapter) {
     EXPECT_EQ(hookCalls, 0) << "the library's own names never reach the hook";
 
     // A bad argument passes out of the factory as the adapter raised it.
-    dictionary_t wrong;
-    wrong[name_t("use_slider")] = any_regular_t(1.0);
-    EXPECT_THROW(factory(name_t("wex_edit_number"), wrong, scene.root.get(), token),
+    EXPECT_THROW(factory(name_t("wex_edit_number"), Value("{ use_slider: 1 }").cast<dictionary_t>(),
+                         scene.root.get(), scene.Token()),
                  vorlen::bad_cast);
 }
 
@@ -124,12 +123,63 @@ TEST(LibraryAdapterFactory, OtherNamesGoToTheHook) {
 
     const ClientAdapterFactory empty;
     SetClientAdapterFactoryProc(&empty);
-    EXPECT_NE(adapter_testing::FailureOf("", layout).find("bad_function_call"), std::string::npos)
+    EXPECT_NE(FailureOf("", layout).find("bad_function_call"), std::string::npos)
         << "an empty hook is a fault of the host, and says so";
-    AdapterScene scene("", "layout L { view column() { static_text(name: 'host'); } }");
-    const qormarltess::FactoryToken token(scene.Holder(), nullptr, nullptr, nullptr, false);
-    EXPECT_THROW((*GetLibraryAdapterFactory())(name_t("host_text"), {}, scene.root.get(), token),
-                 std::bad_function_call);
+}
+
+TEST(LibraryAdapters, ScriptsTheyCannotTakeFailWithTheirMessages) {
+    const char* const sheet = R"(sheet S { interface:
+        text: 'not a number'; number: 2; nothing: empty;
+        no_points: { num_active_points: 2 }; no_count: { curve_points: [] };
+        triples: { curve_points: [[1, 2, 3]], num_active_points: 1 };
+    })";
+    const std::string curve = "wex_curve_editor(horizontal_ruler_type: 1, vertical_ruler_type: 1, ";
+    // The widget, its message, and whether that is the whole message (=), its end ($) or a
+    // part of it (~). The widget stands at line 2, column 1.
+    const struct {
+        std::string widget;
+        char match;
+        std::string message;
+    } rows[] = {
+        {"wex_edit_number(bind: @text)", '=',
+         "test.tss:2:1: edit number must be bound to either a number or an empty_t"},
+        {"wex_edit_number(use_slider: 1)", '~', "test.tss:2:1: bad_cast: double -> bool"},
+        {"wex_edit_number(min_max_filter: { min_value: 1 })", '=',
+         "test.tss:2:1: dictionary_t: key 'max_value' not found"},
+        {"wex_edit_number(slider_knob: @round)", '~', "slider_knob 'round' is none of"},
+        // The scale names carry three letters t.
+        {"wex_edit_number(hottext_scale: @hottext_scale_log)", '~',
+         "hottext_scale 'hottext_scale_log'"},
+        {"wex_edit_number(min_max_filter: @nowhere)", '=',
+         "test.tss:2:1: no cell named 'nowhere' to bind"},
+        {"wex_edit_number(bind: @number)", '=', "no failure"},
+        {"qor_level_meter(bind: @text)", '=',
+         "test.tss:2:1: value must be bound to either a number or an empty_t"},
+        {"qor_level_meter(type: @peak)", '~', "type 'peak' is none of"},
+        {"qor_level_meter(min_dB: 0, max_dB: -6)", '~', "min dB must be below max dB"},
+        {"qor_level_meter(min_dB: -60, ruler_increment: 0)", '~', "ruler_increment"},
+        {"qor_level_meter(show_LED: 'yes')", '~', "bad_cast"},
+        {"wex_curve_editor(vertical_ruler_type: 1)", '$', ": Null pointer: RulerBase"},
+        {curve + "content_width: 'wide')", '~', "bad_cast"},
+        {curve + "bind: @number)", '~', "bad_cast: double -> "},
+        {curve + "bind: @no_count)", '$', ": dictionary_t: key 'num_active_points' not found"},
+        {curve + "bind: @triples)", '$', ": curve_points: a point is a pair [x, y]"},
+        {curve + "bind: @none)", '$', ": no cell named 'none' to bind"},
+        {curve + "bind: @nothing)", '=', "no failure"}, // an empty cell shows no points
+        {"wex_comp_exp_list(bind: @number)", '~', "bad_cast"},
+        {"wex_comp_exp_list(bind: @no_points)", '$', "dictionary_t: key 'curve_points' not found"},
+        {"wex_color_view(color: { r: 'red', g: 0, b: 0 })", '~', "bad_cast"},
+        {"wex_color_view(color: 0.5)", '~', "bad_cast"},
+        {"wex_picture_toggle_button(bind: @number)", '~', "bad_cast: double -> bool"},
+    };
+    for (const auto& row : rows) {
+        const std::string failure =
+            FailureOf(sheet, "layout T { view column() {\n" + row.widget + ";\n} }");
+        const bool matches = row.match == '='   ? failure == row.message
+                             : row.match == '$' ? failure.ends_with(row.message)
+                                                : failure.find(row.message) != std::string::npos;
+        EXPECT_TRUE(matches) << row.widget << " failed with: " << failure;
+    }
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 // "wex_curve_editor" in layouts: rulers and sizes from the arguments, the points cell both ways
 // (mouse drags and commands write it back), the response, selection and settings cells, and
-// commands pressed on buttons of the same layout through the sheet.
+// commands pressed on buttons of the same layout through the sheet. And "wex_comp_exp_list",
+// which follows the points cell of a curve editor beside it through the sheet.
 #include "adapter_scene.hpp"
 
+#include "adapters/tess_compressor_expander_list_adapter.hpp"
 #include "adapters/tess_curve_editor_adapter.hpp"
 #include "core/bad_cast.hpp"
 #include "platform/core/null_pointer_exception.hpp"
@@ -20,11 +22,10 @@
 
 namespace {
 
-using adapter_testing::AdapterScene;
-using adapter_testing::FailureOf;
+using namespace adapter_testing;
+using qoraudiofiltersui::CompressorExpanderList;
 using qoraudiofiltersui::CurveEditor;
 using qormediaui::CurvePointEditDialog;
-using vorlen::any_regular_t;
 using vorlen::array_t;
 using vorlen::dictionary_t;
 using vorlen::name_t;
@@ -117,33 +118,13 @@ struct WriteCounter {
     boost::signals2::connection connection;
 };
 
-/// Answers the modals a command opens: the point dialog by `dialog`, notes by keeping their text.
-struct Answers {
-    std::function<void(CurvePointEditDialog&)> dialog;
-    std::vector<std::string> notes;
-    qorui::testing::ScopedModalResponder responder{[this](qorui::UI_ModalOverlay& overlay) {
-        if (auto* d = dynamic_cast<CurvePointEditDialog*>(&overlay)) {
-            if (dialog)
-                dialog(*d);
-        } else if (auto* n = dynamic_cast<qorui::messagebox::UI_NoteDialog*>(&overlay)) {
-            notes.push_back(n->GetText());
-        }
-    }};
-};
-
 TEST(TessCurveEditorAdapter, ActivePointsShowAndTheArrayLengthCapsThem) {
     CurveScene s;
     EXPECT_EQ(s.Shown(), (Pairs{{-100, -100}, {-60, -40}, {-20, -10}, {0, 0}}));
     EXPECT_EQ(s.editor.GetMaxPointCount(), 6u);
     EXPECT_EQ(s.editor.GetCurvePoints()[2].id, 2u) << "ids count from 0";
-
-    dictionary_t two;
-    two[name_t("curve_points")] = any_regular_t(
-        array_t(6, any_regular_t(array_t{any_regular_t(-50.0), any_regular_t(-50.0)})));
-    two[name_t("curve_points")].cast<array_t>()[1] =
-        any_regular_t(array_t{any_regular_t(0.0), any_regular_t(0.0)});
-    two[name_t("num_active_points")] = any_regular_t(2.0);
-    s.Set("points", any_regular_t(two));
+    s.Set("points", Value("{ curve_points: [[-50, -50], [0, 0], [-50, -50], [-50, -50], "
+                          "[-50, -50], [-50, -50]], num_active_points: 2 }"));
     EXPECT_EQ(s.Shown(), (Pairs{{-50, -50}, {0, 0}}));
     EXPECT_EQ(s.editor.GetMaxPointCount(), 6u);
 }
@@ -161,7 +142,6 @@ TEST(TessCurveEditorAdapter, ADragWritesThePointsBackKeepingTheArrayLength) {
     EXPECT_EQ(written, s.Shown()) << "the cell holds what the editor shows";
     EXPECT_GE(writes.count, 1);
     EXPECT_EQ(s.Get("selected"), any_regular_t(1.0)) << "the pressed point is selected";
-
     // A click that moves nothing writes nothing.
     writes.count = 0;
     s.ClickOn(-20, -10);
@@ -187,30 +167,12 @@ TEST(TessCurveEditorAdapter, SelectionResponseAndSettingsCellsReachTheEditor) {
     s.Set("response", any_regular_t(vorlen::empty_t()));
     EXPECT_TRUE(s.editor.GetResponseData(0).empty());
 
-    dictionary_t settings;
-    settings[name_t("visible")] = any_regular_t(array_t{any_regular_t(true), any_regular_t(false)});
-    settings[name_t("can_delete")] =
-        any_regular_t(array_t{any_regular_t(false), any_regular_t(true)});
-    settings[name_t("can_move_vertically")] =
-        any_regular_t(array_t{any_regular_t(false), any_regular_t(true)});
-    settings[name_t("unique_horizontal")] = any_regular_t(false);
-    dictionary_t grid;
-    grid[name_t("r")] = any_regular_t(0.25);
-    grid[name_t("g")] = any_regular_t(0.5);
-    grid[name_t("b")] = any_regular_t(1.0);
-    settings[name_t("grid_color")] = any_regular_t(grid);
-    settings[name_t("horizontal_font_size")] = any_regular_t(11.0);
-    settings[name_t("vertical_font_size")] = any_regular_t(7.0);
-    dictionary_t ranges;
-    ranges[name_t("horizontal_start")] = any_regular_t(-80.0);
-    ranges[name_t("horizontal_end")] = any_regular_t(-10.0);
-    ranges[name_t("vertical_start")] = any_regular_t(-10.0);
-    ranges[name_t("vertical_end")] = any_regular_t(-80.0);
-    ranges[name_t("vertical_min")] = any_regular_t(-120.0);
-    ranges[name_t("vertical_max")] = any_regular_t(6.0);
-    settings[name_t("ruler_ranges")] = any_regular_t(ranges);
-    s.Set("settings", any_regular_t(settings));
-
+    s.Set("settings", Value(R"({
+        visible: [true, false], can_delete: [false, true], can_move_vertically: [false, true],
+        unique_horizontal: false, grid_color: { r: 0.25, g: 0.5, b: 1 },
+        horizontal_font_size: 11, vertical_font_size: 7,
+        ruler_ranges: { horizontal_start: -80, horizontal_end: -10, vertical_start: -10,
+                        vertical_end: -80, vertical_min: -120, vertical_max: 6 } })"));
     EXPECT_TRUE(s.editor.IsPointVisible(0));
     EXPECT_FALSE(s.editor.IsPointVisible(1));
     EXPECT_FALSE(s.editor.IsPointDeletable(0));
@@ -220,12 +182,13 @@ TEST(TessCurveEditorAdapter, SelectionResponseAndSettingsCellsReachTheEditor) {
     EXPECT_EQ(s.editor.GetGridColor(), (qorcore::ColorRGBA{0.25f, 0.5f, 1.0f, 1.0f}));
     EXPECT_EQ(s.editor.GetHorizontalRuler()->GetFontSize(), 11.0f);
     EXPECT_EQ(s.editor.GetVerticalRuler()->GetFontSize(), 7.0f);
-    EXPECT_EQ(s.editor.GetHorizontalStart(), -80.0);
-    EXPECT_EQ(s.editor.GetHorizontalEnd(), -10.0);
-    EXPECT_EQ(s.editor.GetVerticalStart(), -10.0);
-    EXPECT_EQ(s.editor.GetVerticalEnd(), -80.0);
-    EXPECT_EQ(s.editor.GetVerticalStartBounds(), 6.0) << "descending bounds, like the range";
-    EXPECT_EQ(s.editor.GetVerticalEndBounds(), -120.0);
+    EXPECT_EQ(std::pair(s.editor.GetHorizontalStart(), s.editor.GetHorizontalEnd()),
+              std::pair(-80.0, -10.0));
+    EXPECT_EQ(std::pair(s.editor.GetVerticalStart(), s.editor.GetVerticalEnd()),
+              std::pair(-10.0, -80.0));
+    EXPECT_EQ(std::pair(s.editor.GetVerticalStartBounds(), s.editor.GetVerticalEndBounds()),
+              std::pair(6.0, -120.0))
+        << "descending bounds, like the range";
     EXPECT_EQ(s.editor.GetVerticalRuler()->GetValue1(), -10.0);
 }
 
@@ -233,7 +196,6 @@ TEST(TessCurveEditorAdapter, ButtonsRunCommandsThroughTheCommandCell) {
     CurveScene s;
     EXPECT_EQ(s.Shown(), (Pairs{{-100, -100}, {-60, -40}, {-20, -10}, {0, 0}}))
         << "the command the cell holds at first runs nothing";
-
     // Delete the selected point.
     s.ClickOn(-60, -40);
     ASSERT_EQ(s.Get("selected"), any_regular_t(1.0));
@@ -242,9 +204,9 @@ TEST(TessCurveEditorAdapter, ButtonsRunCommandsThroughTheCommandCell) {
     EXPECT_EQ(s.InCell(), s.Shown());
     EXPECT_EQ(s.Get("selected"), any_regular_t(-1.0));
 
-    // Add one through the point dialog, with the labels and the units of the settings.
-    Answers answers;
-    answers.dialog = [](CurvePointEditDialog& d) {
+    // Add one through the point dialog, with the labels and the units of the settings; notes
+    // are kept.
+    std::function<void(CurvePointEditDialog&)> dialog = [](CurvePointEditDialog& d) {
         EXPECT_EQ(d.GetLabel1(), "Input:");
         EXPECT_EQ(d.GetLabel2(), "Output:");
         EXPECT_EQ(d.GetHotTextNumber1()->GetTextLabel(), "dB");
@@ -252,6 +214,13 @@ TEST(TessCurveEditorAdapter, ButtonsRunCommandsThroughTheCommandCell) {
         d.GetHotTextNumber2()->SetValue(-30);
         EXPECT_TRUE(d.PressButton(CurvePointEditDialog::kResponseAccept));
     };
+    std::vector<std::string> notes;
+    qorui::testing::ScopedModalResponder responder([&](qorui::UI_ModalOverlay& overlay) {
+        if (auto* d = dynamic_cast<CurvePointEditDialog*>(&overlay))
+            dialog(*d);
+        else if (auto* n = dynamic_cast<qorui::messagebox::UI_NoteDialog*>(&overlay))
+            notes.push_back(n->GetText());
+    });
     s.Click("Add");
     EXPECT_EQ(s.Shown(), (Pairs{{-100, -100}, {-50, -30}, {-20, -10}, {0, 0}}));
     EXPECT_EQ(s.InCell(), s.Shown());
@@ -260,7 +229,7 @@ TEST(TessCurveEditorAdapter, ButtonsRunCommandsThroughTheCommandCell) {
     s.Click("Invert");
     EXPECT_EQ(s.Shown(), (Pairs{{-100, -100}, {-30, -50}, {-10, -20}, {0, 0}}));
     EXPECT_EQ(s.InCell(), s.Shown());
-    EXPECT_TRUE(answers.notes.empty());
+    EXPECT_TRUE(notes.empty());
 
     // A command no one knows runs nothing; a refused one writes nothing.
     WriteCounter writes(*s.sheet, "points");
@@ -271,12 +240,11 @@ TEST(TessCurveEditorAdapter, ButtonsRunCommandsThroughTheCommandCell) {
     EXPECT_NEAR(s.InCell()[1].second, -5, 1.0);
     writes.count = 0;
     s.Click("Invert");
-    ASSERT_EQ(answers.notes.size(), 1u);
-    EXPECT_EQ(answers.notes[0], "Current graph is not invertable");
+    EXPECT_EQ(notes, std::vector<std::string>{"Current graph is not invertable"});
     EXPECT_EQ(writes.count, 0);
 
     // A cancelled dialog adds nothing and writes nothing.
-    answers.dialog = [](CurvePointEditDialog& d) {
+    dialog = [](CurvePointEditDialog& d) {
         d.PressButton(CurvePointEditDialog::kResponseCancelButton);
     };
     s.Click("Add");
@@ -303,8 +271,7 @@ TEST(TessCurveEditorAdapter, SizesAndRulersFromTheArguments) {
     ASSERT_NE(linear, nullptr);
     EXPECT_EQ(linear->GetStyle(), qorui::DecibelRuler::kStyleLinear);
     EXPECT_TRUE(linear->IsVertical());
-    EXPECT_EQ(editor.GetVerticalStart(), 6.0);
-    EXPECT_EQ(editor.GetVerticalEnd(), -60.0);
+    EXPECT_EQ(std::pair(editor.GetVerticalStart(), editor.GetVerticalEnd()), std::pair(6.0, -60.0));
 
     AdapterScene fader("", editorOf("horizontal_ruler_type: 2, horizontal_start_value: 20, "
                                     "horizontal_end_value: 20000, horizontal_log_seed: 2, "
@@ -316,32 +283,52 @@ TEST(TessCurveEditorAdapter, SizesAndRulersFromTheArguments) {
     EXPECT_EQ(decibel->GetStyle(), qorui::DecibelRuler::kStyleFader);
     EXPECT_EQ(decibel->GetStepFactor(), 3.0);
     EXPECT_EQ(other.GetContentRect().width, 50.0f) << "the floor is also the default";
-
-    const std::string noRuler = FailureOf("", editorOf("vertical_ruler_type: 1"));
-    EXPECT_TRUE(noRuler.ends_with(": Null pointer: RulerBase")) << noRuler;
-    const std::string wrong =
-        FailureOf("", editorOf("horizontal_ruler_type: 1, "
-                               "vertical_ruler_type: 1, content_width: 'wide'"));
-    EXPECT_NE(wrong.find("bad_cast"), std::string::npos) << wrong;
 }
 
-TEST(TessCurveEditorAdapter, CellsOfTheWrongShapeFail) {
-    const std::string layout =
-        "layout T { view subview() { wex_curve_editor("
-        "horizontal_ruler_type: 1, vertical_ruler_type: 1, bind: @points); } }";
-    const std::string number = FailureOf("sheet S { interface: points: 3; }", layout);
-    EXPECT_NE(number.find("bad_cast: double -> "), std::string::npos) << number;
-    EXPECT_TRUE(FailureOf("sheet S { interface: points: { curve_points: [] }; }", layout)
-                    .ends_with(": dictionary_t: key 'num_active_points' not found"));
-    EXPECT_TRUE(FailureOf("sheet S { interface: points: { curve_points: [[1, 2, 3]], "
-                          "num_active_points: 1 }; }",
-                          layout)
-                    .ends_with(": curve_points: a point is a pair [x, y]"));
-    EXPECT_TRUE(FailureOf("", "layout T { view subview() { wex_curve_editor("
-                              "horizontal_ruler_type: 1, vertical_ruler_type: 1, bind: @none); } }")
-                    .ends_with(": no cell named 'none' to bind"));
-    EXPECT_EQ(FailureOf("sheet S { interface: points: empty; }", layout), "no failure")
-        << "an empty cell shows no points";
+std::string TypeColumn(const CompressorExpanderList& list) {
+    std::string types;
+    for (const auto& row : list.GetRows())
+        types += (types.empty() ? "" : ", ") + row.type;
+    return types;
+}
+
+TEST(TessCompressorExpanderListAdapter, TheListFollowsTheCurveThroughTheSheetAtItsSize) {
+    AdapterScene scene(R"(sheet Dynamics { interface:
+        curve_points: { curve_points: [[-100, -100], [-20, -20], [0, -10], [0, 0], [0, 0]],
+                        num_active_points: 3 };
+        nothing: empty; })",
+                       R"(layout Dynamics { view column(margin: 4, spacing: 4) {
+        wex_curve_editor(identifier: 'Curve', bind: @curve_points, horizontal_ruler_type: 1,
+                         horizontal_start_value: -100, horizontal_end_value: 0,
+                         vertical_ruler_type: 1, vertical_end_value: -100, content_width: 200,
+                         content_height: 200);
+        wex_comp_exp_list(identifier: 'List', bind: @curve_points, width: 400);
+        wex_comp_exp_list(identifier: 'Empty', bind: @nothing); } })");
+    auto& list = scene.As<CompressorExpanderList>("List");
+    ASSERT_EQ(list.GetRows().size(), 2u) << "three active points, two segments";
+    EXPECT_EQ(TypeColumn(list), "Compressor, Neutral");
+    EXPECT_EQ(list.GetRows()[0].ratio, "2.0:1");
+    auto& empty = scene.As<CompressorExpanderList>("Empty");
+    EXPECT_TRUE(empty.GetRows().empty());
+    // Its size comes from `width` and its best size.
+    const auto best = list.GetBestSize();
+    EXPECT_EQ(list.GetFrame().width, 400.0f);
+    EXPECT_EQ(list.GetFrame().height, std::floor(best.y + 0.5f));
+    EXPECT_EQ(empty.GetFrame().width, std::floor(best.x + 0.5f));
+
+    // Drag the knee down: the upper segment compresses harder, the lower one expands.
+    auto& curve = scene.As<CurveEditor>("Curve");
+    const auto from = curve.UI_LocalToGlobalF(curve.GetPixelForCoordinatePair({-20, -20}));
+    const auto to = curve.UI_LocalToGlobalF(curve.GetPixelForCoordinatePair({-20, -60}));
+    scene.window->MouseMove(from.x, from.y);
+    scene.window->MouseDown(from.x, from.y);
+    scene.window->MouseMove(to.x, to.y);
+    scene.window->MouseUp(to.x, to.y);
+    ASSERT_EQ(list.GetRows().size(), 2u);
+    EXPECT_EQ(TypeColumn(list), "Expander, Compressor");
+    EXPECT_EQ(list.GetRows()[0].ratio, "2.5:1") << "20 dB in, 50 dB out";
+    EXPECT_EQ(list.GetRows()[1].ratio, "2.0:1") << "80 dB in, 40 dB out";
+    EXPECT_EQ(list.GetRows()[0].threshold, "Above -20.0 dB");
 }
 
 } // namespace

@@ -16,6 +16,8 @@
 
 #include <cmath>
 #include <initializer_list>
+#include <sstream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -26,6 +28,7 @@ using qorcore::IntrusivePtr;
 using qorcore::PointT;
 using qorcore::RectT;
 using CurvePoint = CurveEditor::CurvePoint;
+using Values = std::vector<double>;
 
 struct CurveScene {
     static constexpr float kLeft = 10.0f;
@@ -70,6 +73,22 @@ struct CurveScene {
         return values;
     }
 
+    /// The points as "h,v" in the list's order, rounded to a billionth, with "*" after the
+    /// selected one: the whole state of the list in one comparable text.
+    std::string Points() const {
+        std::ostringstream out;
+        out.precision(12);
+        const auto round = [](double x) {
+            return std::round(x * 1e9) / 1e9 + 0.0;
+        };
+        for (std::size_t i = 0; i < editor->GetCurvePoints().size(); ++i) {
+            const auto& [h, v] = editor->GetCurvePoints()[i].position;
+            out << (i ? " " : "") << round(h) << "," << round(v)
+                << (int(i) == editor->GetSelectedNode() ? "*" : "");
+        }
+        return out.str();
+    }
+
     ::testing::AssertionResult IsAt(int index, double h, double v) const {
         if (index < 0 || index >= int(editor->GetCurvePoints().size()))
             return ::testing::AssertionFailure() << "no point " << index;
@@ -99,6 +118,18 @@ struct CurveScene {
     void ClickAt(double h, double v) {
         Press(h, v);
         Release(h, v);
+    }
+    void Drag(double h, double v, double to_h, double to_v, qorui::ModifierFlags modifiers = {}) {
+        Press(h, v, modifiers);
+        MoveTo(to_h, to_v, modifiers);
+        Release(to_h, to_v);
+    }
+
+    /// The index of the point a local pixel hits, or -1.
+    int Hit(PointT<float> pixel, bool column, bool dot) const {
+        const auto found = editor->FindCurvePointForPixel(pixel, column, dot);
+        const auto& points = editor->GetCurvePoints();
+        return found == points.end() ? -1 : int(found - points.begin());
     }
 
     /// The drag running now, or null.

@@ -26,9 +26,12 @@ struct expected_t {
     float shelf_db;
 };
 const expected_t expected[] = {
-    {0, 20, 0.0025888442f, -3.99958585f},          {30, 113.137085f, 0.0836123647f, -3.61880235f},
-    {53, 427.148753f, 1.32805982f, -0.188933348f}, {68, 1015.93667f, 5.99348147f, -0.0061769682f},
-    {80, 2031.87335f, 1.80114158f, -0.00037985f},  {100, 6450.79578f, 0.140328321f, -2.99e-06f},
+    {0, 20, 0.0025888442f, -3.99958585f},
+    {30, 113.137085f, 0.0836123647f, -3.61880235f},
+    {53, 427.148753f, 1.32805982f, -0.188933348f},
+    {68, 1015.93667f, 5.99348147f, -0.0061769682f},
+    {80, 2031.87335f, 1.80114158f, -0.00037985f},
+    {100, 6450.79578f, 0.140328321f, -2.99e-06f},
     {120, 20000, 0.00200180184f, 0.0f},
 };
 
@@ -76,21 +79,17 @@ TEST(FilterCurve, SectionsMatchIndependentlyComputedResponses) {
         EXPECT_NEAR(curve.GetSelectedResponse()[e.index], e.shelf_db, 2e-3) << "shelf at " << e.hz;
 }
 
-TEST(FilterCurve, UnitySectionAddsNothing) {
+TEST(FilterCurve, UnitySectionAddsNothingAndAVanishingDenominatorStaysFinite) {
     TwoBandCurve curve(MakeFilter());
     curve.RebuildGrid();
-    std::vector<float> out(curve.GetGridSize(), 0.0f);
-    curve.AddSectionResponse({0.7, -0.2, 0.1, 0.7, -0.2, 0.1}, out);
-    for (float db : out) ASSERT_NEAR(db, 0.0f, 1e-5f);
-}
-
-TEST(FilterCurve, VanishingDenominatorStaysFinite) {
-    TwoBandCurve curve(MakeFilter());
-    curve.RebuildGrid();
-    std::vector<float> out(curve.GetGridSize(), 0.0f);
-    curve.AddSectionResponse({1, 0, 0, 0, 0, 0}, out);
-    for (float db : out) ASSERT_TRUE(std::isfinite(db));
-    EXPECT_NEAR(out[0], 240.0f, 1e-3f) << "1 / 1e-12 is 240 dB";
+    std::vector<float> unity(curve.GetGridSize(), 0.0f), vanishing = unity;
+    curve.AddSectionResponse({0.7, -0.2, 0.1, 0.7, -0.2, 0.1}, unity);
+    curve.AddSectionResponse({1, 0, 0, 0, 0, 0}, vanishing);
+    for (std::size_t i = 0; i != unity.size(); ++i) {
+        ASSERT_NEAR(unity[i], 0.0f, 1e-5f) << i;
+        ASSERT_TRUE(std::isfinite(vanishing[i])) << i;
+    }
+    EXPECT_NEAR(vanishing[0], 240.0f, 1e-3f) << "1 / 1e-12 is 240 dB";
 }
 
 TEST(FilterCurve, GridEdgesAndSelection) {
@@ -98,9 +97,7 @@ TEST(FilterCurve, GridEdgesAndSelection) {
     no_filter.RebuildGrid();
     no_filter.Update();
     EXPECT_EQ(no_filter.GetGridSize(), 0u) << "no sample rate, no grid";
-    EXPECT_TRUE(no_filter.GetTotalResponse().empty());
-    EXPECT_TRUE(no_filter.GetSelectedResponse().empty());
-
+    EXPECT_TRUE(no_filter.GetTotalResponse().empty() && no_filter.GetSelectedResponse().empty());
     TwoBandCurve one_point(MakeFilter(), 1);
     one_point.RebuildGrid();
     EXPECT_EQ(one_point.GetGridSize(), 0u) << "a single point makes no grid";
@@ -113,11 +110,9 @@ TEST(FilterCurve, GridEdgesAndSelection) {
     EXPECT_EQ(long_grid.GetTotalResponse()[125], long_grid.GetTotalResponse()[129]);
 
     TwoBandCurve curve(MakeFilter());
-    EXPECT_EQ(curve.FrequencyToIndex(20.0f), 0);
-    EXPECT_EQ(curve.FrequencyToIndex(40.0f), 12);
-    EXPECT_EQ(curve.FrequencyToIndex(41.0f), 13);
-    EXPECT_EQ(curve.FrequencyToIndex(5.0f), 0);
-    EXPECT_EQ(curve.FrequencyToIndex(96000.0f), 121);
+    for (const auto& [hz, index] :
+         {std::pair{20.0f, 0}, {40.0f, 12}, {41.0f, 13}, {5.0f, 0}, {96000.0f, 121}})
+        EXPECT_EQ(curve.FrequencyToIndex(hz), index) << hz;
     curve.RebuildGrid();
     curve.SetSelectedBand(1);
     EXPECT_EQ(curve.band_calls, 1);

@@ -10,9 +10,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <numeric>
+#include <tuple>
 #include <vector>
 
 using namespace qoraudiofiltersui;
@@ -95,23 +98,21 @@ IntrusivePtr<Image> Render(SpectrumDraw& spectrum, float scale, float width = 40
     return image;
 }
 
-bool AllPixelsAre(const Image& image, const qorcore::ColorRGBA& color) {
-    for (int y = 0; y < image.GetPixelHeight(); ++y)
-        for (int x = 0; x < image.GetPixelWidth(); ++x) {
-            const auto p = image.GetPixel(x, y);
-            if (std::fabs(p.red - color.red) > 0.01f || std::fabs(p.green - color.green) > 0.01f ||
-                std::fabs(p.blue - color.blue) > 0.01f)
-                return false;
-        }
-    return true;
-}
-
 bool IsColor(const qorcore::ColorRGBA& p, const qorcore::ColorRGBA& color) {
     return std::fabs(p.red - color.red) <= 0.01f && std::fabs(p.green - color.green) <= 0.01f &&
            std::fabs(p.blue - color.blue) <= 0.01f;
 }
 
 const qorcore::ColorRGBA background(0.12f, 0.12f, 0.13f, 1.0f);
+
+/// The number of pixels of an image that are not the background.
+int Painted(const Image& image) {
+    int painted = 0;
+    for (int y = 0; y < image.GetPixelHeight(); ++y)
+        for (int x = 0; x < image.GetPixelWidth(); ++x)
+            painted += IsColor(image.GetPixel(x, y), background) ? 0 : 1;
+    return painted;
+}
 
 /// The painted pixels of one device column: the first and last painted rows, how many there
 /// are, and how many of them are exactly `color` rather than a blend with the background.
@@ -138,7 +139,7 @@ ColumnPaint PaintOfColumn(const Image& image, int x, const qorcore::ColorRGBA& c
     return paint;
 }
 
-/// A painter fed `bins` as FFT lines, with its columns counted, ready for a frame.
+/// Feeds `bins` as FFT lines and counts the columns, ready for a frame.
 void PrepareLinear(SpectrumDraw& spectrum, const std::vector<float>& bins, float scale,
                    float width = 400, float height = 160) {
     const int fft_size = static_cast<int>(bins.size() - 1) * 2;
@@ -150,9 +151,8 @@ void PrepareLinear(SpectrumDraw& spectrum, const std::vector<float>& bins, float
 
 /// The first logical column where lines start to share columns.
 std::size_t FirstCrowdedColumn(const SpectrumDraw& spectrum) {
-    const auto& pixels = spectrum.GetLinePixels();
     const auto& shared = spectrum.GetLinesPerColumn();
-    for (float x : pixels)
+    for (float x : spectrum.GetLinePixels())
         if (x >= 0.0f && static_cast<std::size_t>(x) < shared.size() &&
             shared[static_cast<std::size_t>(x)] >= 2)
             return static_cast<std::size_t>(x);
@@ -172,145 +172,134 @@ TEST(SpectrumDraw, LinesFallInColumnsOfTheLogScale) {
     // 512 of 1024 lines at 48 kHz is 12 kHz.
     EXPECT_EQ(pixels[512], spectrum.HzToPixels(12000.0f, true).value);
     EXPECT_NEAR(spectrum.PixelsToHz(pixels[512], false), 12000.0f, 12000.0f * 0.01f);
-    for (std::size_t i = 2; i < pixels.size(); ++i)
-        ASSERT_GE(pixels[i], pixels[i - 1]) << i;
+    EXPECT_TRUE(std::is_sorted(pixels.begin() + 1, pixels.end()));
 
     // The columns are counted once the frame has sized its buffers and the lines are redone.
     Render(spectrum, 1.0f, 500, 200);
     spectrum.SetFreqRange(spectrum.GetFreqRange());
-    std::uint32_t counted = 0;
-    for (std::uint32_t n : spectrum.GetLinesPerColumn())
-        counted += n;
-    EXPECT_EQ(counted, 1023u) << "every line but the one below 20 Hz lands in a column";
-    EXPECT_GE(spectrum.GetLinesPerColumn()[499], 2u) << "the top end is crowded";
+    const auto& columns = spectrum.GetLinesPerColumn();
+    EXPECT_EQ(std::accumulate(columns.begin(), columns.end(), 0u), 1023u)
+        << "every line but the one below 20 Hz lands in a column";
+    EXPECT_GE(columns[499], 2u) << "the top end is crowded";
 }
 
-TEST(SpectrumDraw, PeaksHoldThenFallOnePixelPerFrame) {
+TEST(SpectrumDraw, PeaksHoldThenFallOnePixelPerFrameAgingOncePerFrame) {
     VirtualClock clock;
     SpectrumDraw spectrum(sample_rate);
     spectrum.SetShowPeakHold(true);
+    const auto frame = [&](double ms) {
+        clock.AdvanceMilliseconds(ms);
+        Render(spectrum, 1.0f, 300, 120);
+    };
     spectrum.SetBounds(RectT<float>(0, 0, 300, 120), 1.0f);
-    std::vector<float> loud(33, 0.5f);
-    spectrum.SetSpectrumData(64, loud, 32, 0, true);
-    Render(spectrum, 1.0f, 300, 120); // sizes the buffers; elapsed is large after the line change
+    spectrum.SetSpectrumData(64, std::vector<float>(33, 0.5f), 32, 0, true);
+    frame(0); // sizes the buffers; elapsed is large after the line change
     spectrum.SetFreqRange(spectrum.GetFreqRange());
-    clock.AdvanceMilliseconds(10);
-    Render(spectrum, 1.0f, 300, 120);
+    frame(10);
     const std::size_t column = static_cast<std::size_t>(spectrum.GetLinePixels()[10]);
     const float loud_y = spectrum.dBToPixels(20 * std::log10(0.5f), true);
     EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column], loud_y);
 
-    std::vector<float> quiet(33, 0.01f);
-    spectrum.SetSpectrumData(64, quiet, 32, 0, true);
-    for (int frame = 0; frame < 10; ++frame) { // 1000 ms in all: the hold has not run out yet
-        clock.AdvanceMilliseconds(100);
-        Render(spectrum, 1.0f, 300, 120);
-    }
+    spectrum.SetSpectrumData(64, std::vector<float>(33, 0.01f), 32, 0, true);
+    for (int i = 0; i < 10; ++i) // 1000 ms in all: the hold has not run out yet
+        frame(100);
     EXPECT_DOUBLE_EQ(spectrum.GetPeakAges()[column], 1000.0);
     EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column], loud_y) << "an age equal to the hold holds";
-    clock.AdvanceMilliseconds(100);
-    Render(spectrum, 1.0f, 300, 120); // 1100 ms: still aging
+    frame(100); // 1100 ms: still aging
     EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column], loud_y);
-    clock.AdvanceMilliseconds(5000);
-    Render(spectrum, 1.0f, 300, 120);
+    frame(5000);
     EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column], loud_y + 1.0f)
         << "one pixel per frame, however long the frame took";
-    clock.AdvanceMilliseconds(1);
-    Render(spectrum, 1.0f, 300, 120);
+    frame(1);
     EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column], loud_y + 2.0f);
 
     spectrum.SetPeakHoldTime(500);
     EXPECT_EQ(spectrum.GetPeakHoldTime(), 1000.0) << "a different hold time is ignored";
     spectrum.SetPeakHoldTime(1000);
     EXPECT_EQ(spectrum.GetPeakPixels()[column], 120.0f) << "the same time resets the peaks";
+
+    // Filled, the fill and the curve share the frame's walk: peaks age 300 ms in three frames
+    // of 100, not 600.
+    SpectrumDraw filled(sample_rate);
+    filled.SetShowPeakHold(true);
+    filled.SetFill(true);
+    PrepareLinear(filled, std::vector<float>(1025, 0.5f), 1.0f);
+    clock.AdvanceMilliseconds(10);
+    Render(filled, 1.0f); // the level sets the peaks
+    filled.SetSpectrumData(2048, std::vector<float>(1025, 0.01f), 1024, 0, true);
+    for (int i = 0; i < 3; ++i) {
+        clock.AdvanceMilliseconds(100);
+        Render(filled, 1.0f);
+    }
+    const std::size_t filled_column = static_cast<std::size_t>(filled.GetLinePixels()[100]);
+    EXPECT_DOUBLE_EQ(filled.GetPeakAges()[filled_column], 300.0);
+    EXPECT_FLOAT_EQ(filled.GetPeakPixels()[filled_column],
+                    filled.dBToPixels(20 * std::log10(0.5f), true));
 }
 
-TEST(SpectrumDraw, SilenceAndEmptyDataDrawNothing) {
-    SpectrumDraw empty(sample_rate);
-    EXPECT_TRUE(AllPixelsAre(*Render(empty, 1.0f), background)) << "no lines, no drawing";
-
-    SpectrumDraw silent(sample_rate);
-    silent.SetBounds(RectT<float>(0, 0, 400, 160), 1.0f);
-    silent.SetSpectrumData(1024, std::vector<float>(513, 0.0f), 512, 0, true);
-    EXPECT_EQ(silent.dBToPixels(-400.0f, true), silent.dBToPixels(-120.0f, true))
-        << "silence is clamped to the bottom row";
-    EXPECT_TRUE(AllPixelsAre(*Render(silent, 1.0f), background))
-        << "a curve flat on the floor draws no segments";
-}
-
-TEST(SpectrumDraw, FlipTurnsLevelsUpsideDown) {
+TEST(SpectrumDraw, SilenceDrawsNothingFlipTurnsLevelsAndTheLayerForwardsBounds) {
     SpectrumDraw spectrum(sample_rate);
+    EXPECT_EQ(Painted(*Render(spectrum, 1.0f)), 0) << "no lines, no drawing";
+    spectrum.SetBounds(RectT<float>(0, 0, 400, 160), 1.0f);
+    spectrum.SetSpectrumData(1024, std::vector<float>(513, 0.0f), 512, 0, true);
+    EXPECT_EQ(spectrum.dBToPixels(-400.0f, true), spectrum.dBToPixels(-120.0f, true))
+        << "silence is clamped to the bottom row";
+    EXPECT_EQ(Painted(*Render(spectrum, 1.0f)), 0) << "a curve flat on the floor draws no segments";
+
     spectrum.SetBounds(RectT<float>(0, 0, 100, 121), 1.0f);
     const float top = spectrum.dBToPixels(0.0f, true);
     spectrum.SetFlipVertically(true);
     EXPECT_FLOAT_EQ(spectrum.dBToPixels(-120.0f, true), top);
     spectrum.SetMinDecibelsDisplayed(-60.0f);
     EXPECT_EQ(spectrum.GetDBRange(), qorcore::value_range<float>(-60.0f, 0.0f));
-}
 
-TEST(SpectrumDraw, ContentLayerForwardsBoundsAndDrawing) {
-    IntrusivePtr<SpectrumDraw> spectrum(new SpectrumDraw(sample_rate));
-    IntrusivePtr<SpectrumContentLayer> layer(new SpectrumContentLayer(spectrum));
+    IntrusivePtr<SpectrumDraw> shown(new SpectrumDraw(sample_rate));
+    IntrusivePtr<SpectrumContentLayer> layer(new SpectrumContentLayer(shown));
     layer->SetBounds(RectT<float>(5, 6, 300, 100), 2.0f);
-    EXPECT_EQ(spectrum->GetBounds(), RectT<float>(5, 6, 300, 100));
-    EXPECT_EQ(spectrum->GetFreqScale()->GetSize(), 600.0f) << "scales work in device pixels";
-    EXPECT_EQ(spectrum->GetMagScale()->GetHeight(), 200.0f);
+    EXPECT_EQ(shown->GetBounds(), RectT<float>(5, 6, 300, 100));
+    EXPECT_EQ(shown->GetFreqScale()->GetSize(), 600.0f) << "scales work in device pixels";
+    EXPECT_EQ(shown->GetMagScale()->GetHeight(), 200.0f);
 }
 
-TEST(SpectrumDraw, FilledFramesApplyThePeakRuleOnce) {
-    VirtualClock clock;
-    SpectrumDraw spectrum(sample_rate);
-    spectrum.SetShowPeakHold(true);
-    spectrum.SetFill(true);
-    PrepareLinear(spectrum, std::vector<float>(1025, 0.5f), 1.0f);
-    clock.AdvanceMilliseconds(10);
-    Render(spectrum, 1.0f); // the level sets the peaks
-    spectrum.SetSpectrumData(2048, std::vector<float>(1025, 0.01f), 1024, 0, true);
-    for (int frame = 0; frame < 3; ++frame) {
-        clock.AdvanceMilliseconds(100);
-        Render(spectrum, 1.0f);
+/// Frames checked column by column, at 1x and 2x, from the first crowded column to the right
+/// edge.
+class SpectrumDrawColumns : public ::testing::TestWithParam<float> {
+protected:
+    IntrusivePtr<Image> Frame(const std::vector<float>& bins) {
+        PrepareLinear(spectrum, bins, scale);
+        return Render(spectrum, scale);
     }
-    // The fill and the curve share the frame's walk: the peaks aged 300 ms, not 600.
-    const std::size_t column = static_cast<std::size_t>(spectrum.GetLinePixels()[100]);
-    EXPECT_DOUBLE_EQ(spectrum.GetPeakAges()[column], 300.0);
-    EXPECT_FLOAT_EQ(spectrum.GetPeakPixels()[column],
-                    spectrum.dBToPixels(20 * std::log10(0.5f), true));
-}
+    int FirstCrowded() const {
+        return static_cast<int>((FirstCrowdedColumn(spectrum) + 1) * scale);
+    }
+    ColumnPaint Paint(const Image& image, int x) const {
+        return PaintOfColumn(image, x, spectrum.GetLinearColor());
+    }
 
-/// Frames checked column by column, at 1x and 2x.
-class SpectrumDrawColumns : public ::testing::TestWithParam<float> {};
+    const float scale = GetParam();
+    const int last = static_cast<int>(399 * scale);
+    SpectrumDraw spectrum{sample_rate};
+};
 
 TEST_P(SpectrumDrawColumns, FlatSpectrumIsOneCrispRow) {
-    const float scale = GetParam();
-    SpectrumDraw spectrum(sample_rate);
-    PrepareLinear(spectrum, std::vector<float>(1025, 0.1f), scale);
-    const IntrusivePtr<Image> image = Render(spectrum, scale);
-    const qorcore::ColorRGBA color = spectrum.GetLinearColor();
+    const IntrusivePtr<Image> image = Frame(std::vector<float>(1025, 0.1f));
     // -20 dB, with a pixel value that is the centre of a device row: the row itself, whole.
     const int row = static_cast<int>(std::floor(spectrum.dBToPixels(-20.0f, true) * scale + 0.5f));
-    const int first = static_cast<int>((FirstCrowdedColumn(spectrum) + 1) * scale);
-    const int last = static_cast<int>(399 * scale);
-    ASSERT_LT(first, last);
-    for (int x = first; x <= last; ++x) {
-        const ColumnPaint paint = PaintOfColumn(*image, x, color);
-        ASSERT_EQ(paint.painted, 1) << "column " << x;
-        ASSERT_EQ(paint.exact, 1) << "column " << x;
-        ASSERT_EQ(paint.top, row) << "column " << x;
+    ASSERT_LT(FirstCrowded(), last);
+    for (int x = FirstCrowded(); x <= last; ++x) {
+        const ColumnPaint paint = Paint(*image, x);
+        ASSERT_EQ(std::tuple(paint.painted, paint.exact, paint.top), std::tuple(1, 1, row))
+            << "column " << x;
     }
 }
 
 TEST_P(SpectrumDrawColumns, CrowdedColumnsAreUnbrokenCrispRuns) {
-    const float scale = GetParam();
-    SpectrumDraw spectrum(sample_rate);
-    PrepareLinear(spectrum, TestSpectrum(2048), scale);
-    const IntrusivePtr<Image> image = Render(spectrum, scale);
-    const qorcore::ColorRGBA color = spectrum.GetLinearColor();
-    const int first = static_cast<int>((FirstCrowdedColumn(spectrum) + 1) * scale);
-    const int last = static_cast<int>(399 * scale);
+    const IntrusivePtr<Image> image = Frame(TestSpectrum(2048));
+    const int first = FirstCrowded();
     ASSERT_LT(first, last);
     int highest = image->GetPixelHeight(), highest_x = -1;
     for (int x = first; x <= last; ++x) {
-        const ColumnPaint paint = PaintOfColumn(*image, x, color);
+        const ColumnPaint paint = Paint(*image, x);
         ASSERT_GT(paint.painted, 0) << "a gap in the trace at column " << x;
         EXPECT_TRUE(paint.Unbroken()) << "column " << x;
         EXPECT_EQ(paint.exact, paint.painted) << "a blurred pixel in column " << x;
@@ -320,7 +309,7 @@ TEST_P(SpectrumDrawColumns, CrowdedColumnsAreUnbrokenCrispRuns) {
         }
         // Each column's run meets its neighbour's: the curve is one line.
         if (x > first) {
-            const ColumnPaint left = PaintOfColumn(*image, x - 1, color);
+            const ColumnPaint left = Paint(*image, x - 1);
             EXPECT_TRUE(paint.top <= left.bottom + 1 && paint.bottom + 1 >= left.top)
                 << "column " << x;
         }
@@ -331,11 +320,9 @@ TEST_P(SpectrumDrawColumns, CrowdedColumnsAreUnbrokenCrispRuns) {
 }
 
 TEST_P(SpectrumDrawColumns, NotchesOneColumnWideStayOpen) {
-    const float scale = GetParam();
     // Loud and quiet lines in turn where they lie one to two pixels apart: every quiet line is
     // a notch about a column wide between two loud ones.
     std::vector<float> bins(1025, 1e-4f);
-    SpectrumDraw spectrum(sample_rate);
     PrepareLinear(spectrum, bins, scale);
     const auto& pixels = spectrum.GetLinePixels();
     const auto crowded = static_cast<float>(FirstCrowdedColumn(spectrum));
@@ -353,43 +340,33 @@ TEST_P(SpectrumDrawColumns, NotchesOneColumnWideStayOpen) {
     const float loud = spectrum.dBToPixels(20 * std::log10(0.5f), true) * scale;
     const float quiet = spectrum.dBToPixels(-80.0f, true) * scale;
     for (std::size_t i : notches) {
-        const int x = static_cast<int>(pixels[i] * scale + 0.5f);
-        const ColumnPaint paint = PaintOfColumn(*image, x, spectrum.GetLinearColor());
+        const ColumnPaint paint = Paint(*image, static_cast<int>(pixels[i] * scale + 0.5f));
         EXPECT_GT(paint.top, loud + (quiet - loud) / 4) << "the notch at line " << i << " filled";
         EXPECT_NEAR(paint.bottom, quiet, 1.0f) << "line " << i;
     }
 }
 
 TEST_P(SpectrumDrawColumns, FillRunsFromTheCurveToTheBottom) {
-    const float scale = GetParam();
-    SpectrumDraw spectrum(sample_rate);
     spectrum.SetFill(true);
-    PrepareLinear(spectrum, TestSpectrum(2048), scale);
-    const IntrusivePtr<Image> image = Render(spectrum, scale);
-    const qorcore::ColorRGBA color = spectrum.GetLinearColor();
-    const float first_line = spectrum.GetLinePixels()[1];
-    const int first = static_cast<int>(std::ceil(first_line * scale + 0.5f));
-    const int last = static_cast<int>(399 * scale);
+    const IntrusivePtr<Image> image = Frame(TestSpectrum(2048));
+    const int first = static_cast<int>(std::ceil(spectrum.GetLinePixels()[1] * scale + 0.5f));
     for (int x = first; x <= last; ++x) {
-        const ColumnPaint paint = PaintOfColumn(*image, x, color);
+        const ColumnPaint paint = Paint(*image, x);
         ASSERT_EQ(paint.bottom, image->GetPixelHeight() - 1) << "column " << x;
         ASSERT_TRUE(paint.Unbroken()) << "column " << x;
         // Only the curve's ends may blend, where it is antialiased.
         EXPECT_GE(paint.exact, paint.painted - 2) << "column " << x;
     }
     for (int x = 0; x + 1 < first; ++x)
-        EXPECT_EQ(PaintOfColumn(*image, x, color).painted, 0) << "left of the first line " << x;
+        EXPECT_EQ(Paint(*image, x).painted, 0) << "left of the first line " << x;
 }
 
 TEST_P(SpectrumDrawColumns, TranslucentColourIsLaidOnce) {
-    const float scale = GetParam();
-    SpectrumDraw spectrum(sample_rate);
     const qorcore::ColorRGBA tint(1.0f, 0.6f, 0.0f, 0.5f);
     spectrum.SetUseCustomColor(true);
     spectrum.SetCustomColor(tint);
     spectrum.SetFill(true);
-    PrepareLinear(spectrum, TestSpectrum(2048), scale);
-    const IntrusivePtr<Image> image = Render(spectrum, scale);
+    const IntrusivePtr<Image> image = Frame(TestSpectrum(2048));
     // Over the background, once: the fill; twice: the curve over the fill. Nothing else, so no
     // two pieces of the fill or of the curve overlap.
     const auto over = [&](const qorcore::ColorRGBA& under) {
@@ -398,8 +375,7 @@ TEST_P(SpectrumDrawColumns, TranslucentColourIsLaidOnce) {
                                   tint.blue * 0.5f + under.blue * 0.5f);
     };
     const qorcore::ColorRGBA once = over(background), twice = over(once);
-    const int first = static_cast<int>((FirstCrowdedColumn(spectrum) + 1) * scale);
-    for (int x = first; x < image->GetPixelWidth(); ++x)
+    for (int x = FirstCrowded(); x < image->GetPixelWidth(); ++x)
         for (int y = 0; y < image->GetPixelHeight(); ++y) {
             const auto p = image->GetPixel(x, y);
             ASSERT_TRUE(IsColor(p, background) || IsColor(p, once) || IsColor(p, twice))
@@ -408,13 +384,11 @@ TEST_P(SpectrumDrawColumns, TranslucentColourIsLaidOnce) {
 }
 
 TEST_P(SpectrumDrawColumns, OddLevelsStayInsideTheBounds) {
-    const float scale = GetParam();
     std::vector<float> bins = TestSpectrum(2048);
     for (std::size_t i = 0; i < bins.size(); i += 7)
         bins[i] = i % 3 == 0   ? std::numeric_limits<float>::quiet_NaN()
                   : i % 3 == 1 ? std::numeric_limits<float>::infinity()
                                : -1.0f;
-    SpectrumDraw spectrum(sample_rate);
     spectrum.SetShowPeakHold(true);
     spectrum.SetFill(true);
     const RectT<float> bounds(20, 10, 300, 100);
@@ -428,18 +402,15 @@ TEST_P(SpectrumDrawColumns, OddLevelsStayInsideTheBounds) {
         spectrum.Draw(penrig.get());
         spectrum.SetFreqRange(spectrum.GetFreqRange());
     }
-    int inside = 0;
     for (int y = 0; y < image->GetPixelHeight(); ++y)
         for (int x = 0; x < image->GetPixelWidth(); ++x) {
-            if (IsColor(image->GetPixel(x, y), background))
-                continue;
             const float lx = x / scale, ly = y / scale;
-            ASSERT_TRUE(lx >= bounds.x && lx < bounds.Right() && ly >= bounds.y &&
-                        ly < bounds.Bottom())
+            ASSERT_TRUE(
+                IsColor(image->GetPixel(x, y), background) ||
+                (lx >= bounds.x && lx < bounds.Right() && ly >= bounds.y && ly < bounds.Bottom()))
                 << "painted outside the bounds at " << x << "," << y;
-            ++inside;
         }
-    EXPECT_GT(inside, 1000) << "the rest of the spectrum is drawn";
+    EXPECT_GT(Painted(*image), 1000) << "the rest of the spectrum is drawn";
 }
 
 INSTANTIATE_TEST_SUITE_P(Scales, SpectrumDrawColumns, ::testing::Values(1.0f, 2.0f));

@@ -28,18 +28,10 @@ void ExpectColor(const qorcore::ColorRGBA& color, float r, float g, float b) {
 
 } // namespace
 
-TEST(MagScale, StartsAsADecibelScaleFromMinus120To0) {
-    MagScale scale;
-    EXPECT_EQ(scale.GetScaleType(), kDecibelMagScale);
-    EXPECT_EQ(scale.GetVisibleRange(), range_t(-120, 0));
-    EXPECT_EQ(scale.GetTotalRange(), range_t(-200, 100));
-    EXPECT_EQ(scale.GetHeight(), 1.0f);
-    scale.SetHeight(0);
-    EXPECT_EQ(scale.GetHeight(), 1.0f);
-}
-
 TEST(MagScale, DecibelsAreLinearInPixelsWithLevelGrowingUpward) {
     auto scale = MakeScale(kDecibelMagScale, 121);
+    scale->SetHeight(0);
+    EXPECT_EQ(scale->GetHeight(), 121.0f) << "a height of 0 is ignored";
     EXPECT_NEAR(scale->DecibelsToRelPixels(0, false), -0.4999f, 1e-5);
     EXPECT_NEAR(scale->DecibelsToRelPixels(-120, false), 120.4999f, 1e-5);
     EXPECT_NEAR(scale->DecibelsToRelPixels(-60, false), 60.0f, 1e-4);
@@ -75,9 +67,8 @@ TEST(MagScale, AmplitudeScalesPlaceSilenceOnTheBottomRow) {
         EXPECT_NEAR(scale->RelPixelsToLinear(500, true), 0.0f, 1e-6) << "clamped to the range";
     }
     // The floor differs: -90 dB sits half way between silence and full scale's log floor.
-    auto floor90 = MakeScale(kAmplitudeLog90MagScale, 121);
-    auto floor120 = MakeScale(kAmplitudeLog120MagScale, 121);
-    EXPECT_LT(floor120->DecibelsToRelPixels(-90, false), floor90->DecibelsToRelPixels(-90, false));
+    EXPECT_LT(MakeScale(kAmplitudeLog120MagScale, 121)->DecibelsToRelPixels(-90, false),
+              MakeScale(kAmplitudeLog90MagScale, 121)->DecibelsToRelPixels(-90, false));
 }
 
 TEST(MagScale, FaderTypeFollowsTheFaderLaw) {
@@ -103,7 +94,7 @@ TEST(MagScale, TypeChangesResetTheirRanges) {
     EXPECT_NEAR(scale.GetVisibleLinearRange().high, std::pow(10.0f, 15 / 20.0f), 1e-4);
 }
 
-TEST(MagScale, VisibleRangeRulesAndDefaults) {
+TEST(MagScale, VisibleRangeRulesDefaultsAndPanning) {
     auto scale = MakeScale(kDecibelMagScale, 121);
     scale->SetVisibleRange(range_t(-10, -9.5f), false);
     EXPECT_EQ(scale->GetVisibleRange(), range_t(-120, 0)) << "shorter than 1 dB is refused";
@@ -111,6 +102,14 @@ TEST(MagScale, VisibleRangeRulesAndDefaults) {
     EXPECT_NEAR(scale->GetVisibleLinearRange().low, 0.001f, 1e-6);
     scale->SetDefaultVisibleRange();
     EXPECT_EQ(scale->GetVisibleRange(), range_t(-120, 0));
+    // 120 dB over a span of 121 rows: a drag of 10 rows moves the view by 9.917 dB.
+    scale->PanVisibleRange(10);
+    EXPECT_NEAR(scale->GetVisibleRange().low, -120 + 1200 / 121.0, 1e-3);
+    EXPECT_NEAR(scale->GetVisibleRange().high, 1200 / 121.0, 1e-3);
+    scale->SetVisibleRange(scale->GetTotalRange(), false);
+    EXPECT_EQ(scale->GetVisibleRange(), range_t(-200, 100));
+    scale->PanVisibleRange(10);
+    EXPECT_EQ(scale->GetVisibleRange(), range_t(-200, 100)) << "the full view does not pan";
     scale->SetDefaultVisibleRange(range_t(-48, 6));
     scale->SetDefaultVisibleRange();
     EXPECT_EQ(scale->GetVisibleRange(), range_t(-48, 6));
@@ -120,29 +119,21 @@ TEST(MagScale, VisibleRangeRulesAndDefaults) {
     EXPECT_EQ(amplitude->GetVisibleLinearRange().low, 0.0f) << "at or below -150: silence";
 }
 
-TEST(MagScale, PanMovesByPixels) {
-    auto scale = MakeScale(kDecibelMagScale, 121);
-    // 120 dB over a span of 121 rows: a drag of 10 rows moves the view by 9.917 dB.
-    scale->PanVisibleRange(10);
-    EXPECT_NEAR(scale->GetVisibleRange().low, -120 + 1200 / 121.0, 1e-3);
-    EXPECT_NEAR(scale->GetVisibleRange().high, 1200 / 121.0, 1e-3);
-    scale->SetVisibleRange(scale->GetTotalRange(), false);
-    scale->PanVisibleRange(10);
-    EXPECT_EQ(scale->GetVisibleRange(), scale->GetTotalRange()) << "the full view does not pan";
-}
-
 TEST(MagScale, HeatColoursInterpolateThirteenStops) {
     auto scale = MakeScale(kDecibelMagScale, 121);
-    ExpectColor(scale->GetColorForDecibels(-120), 0, 0, 0);
-    ExpectColor(scale->GetColorForDecibels(-500), 0, 0, 0);
-    ExpectColor(scale->GetColorForDecibels(0), 242, 255, 236);
-    ExpectColor(scale->GetColorForDecibels(20), 242, 255, 236);
-    ExpectColor(scale->GetColorForDecibels(-45), 240.5f, 38, 38.5f);
-    ExpectColor(scale->GetColorForDecibels(-105), 1, 3, 41.5f);
+    const struct {
+        float db, r, g, b;
+    } stops[] = {
+        {-120, 0, 0, 0},     {-500, 0, 0, 0},          {0, 242, 255, 236},
+        {20, 242, 255, 236}, {-45, 240.5f, 38, 38.5f}, {-105, 1, 3, 41.5f},
+    };
+    for (const auto& c : stops) {
+        SCOPED_TRACE(c.db);
+        ExpectColor(scale->GetColorForDecibels(c.db), c.r, c.g, c.b);
+    }
     // The colour follows the position in the view, not the level itself.
     scale->SetVisibleRange(range_t(-60, 0), false);
     ExpectColor(scale->GetColorForDecibels(-30), 182, 3, 102);
     // Amplitude scales colour by the row the level lands on.
-    auto amplitude = MakeScale(kAmplitudeLog90MagScale, 121);
-    ExpectColor(amplitude->GetColorForDecibels(0), 242, 255, 236);
+    ExpectColor(MakeScale(kAmplitudeLog90MagScale, 121)->GetColorForDecibels(0), 242, 255, 236);
 }
