@@ -82,7 +82,8 @@ TEST(LibraryAdapterFactory, EachOwnNameMakesItsAdapter) {
         std::unique_ptr<UI_QORClientWidgetTessAdapter> adapter(
             factory(name_t(c.name), c.arguments, scene.root.get(), scene.Token()));
         ASSERT_NE(adapter, nullptr) << c.name;
-        EXPECT_EQ(typeid(*adapter), c.made) << c.name;
+        const UI_QORClientWidgetTessAdapter& made = *adapter;
+        EXPECT_EQ(typeid(made), c.made) << c.name;
         EXPECT_EQ(adapter->GetNode()->GetParent(), scene.root.get()) << c.name;
         scene.root->ChildRemove(adapter->GetNode());
     }

@@ -123,8 +123,9 @@ TEST(LayoutAttributes, WrongValuesNameTheArgumentAndTheWidget) {
         {"row(width: 1e20)", "width: 1e+20 is out of range"},
         {"row(placement: @place_diagonal)", "placement: unknown placement @place_diagonal"},
         {"row(guide_mask: [@guide_top])", "guide_mask: unknown guide @guide_top"}};
-    for (const auto& [widget, error] : rows)
-        EXPECT_EQ(error_of([&] { attributes_of(widget); }), std::string("box.tss:1:17: ") + error);
+    for (const auto& row : rows)
+        EXPECT_EQ(error_of([&] { attributes_of(row.first); }),
+                  std::string("box.tss:1:17: ") + row.second);
     // Solving reports the widget's place too.
     EXPECT_EQ(error_of([] {
                   box_layout_t(view_of("layout E {\nview column() {\n  knob(width: 'wide');\n} }"));
