@@ -17,7 +17,12 @@ namespace {
 
 using namespace adapter_testing;
 using qoraudiofiltersui::EditNumber;
-using Arg = Argument<EditNumber>;
+using EditNumberArgs = std::vector<Argument<EditNumber>>;
+// One argument of the control; a function, since aggregates take no parentheses everywhere.
+template <typename Value, typename Getter>
+Argument<EditNumber> EditArg(const char* name, Value value, Getter getter) {
+    return Arg<EditNumber>(name, value, getter);
+}
 using vorlen::name_t;
 
 const char* const kSheet = R"(sheet Test {
@@ -45,27 +50,27 @@ qorcore::PointT<float> CentreOf(const qorui::UI_Node& node) {
 }
 
 TEST(TessEditNumberAdapter, ArgumentsSetUpTheControl) {
-    const std::vector<Arg> gain = {
-        Arg("name", "Gain:", &EditNumber::GetLabel),
-        Arg("unit_label", "dB", &EditNumber::GetUnitLabel),
-        Arg("use_slider", true, &EditNumber::GetUsesSlider),
-        Arg("horizontal_direction", false, &EditNumber::IsHorizontal),
-        Arg("invert_slider", true, &EditNumber::GetInvertSlider),
-        Arg("min_slider_width", 200, &EditNumber::GetSliderLength),
-        Arg("min_value", -24, &EditNumber::GetMinValue),
-        Arg("max_value", 12, &EditNumber::GetMaxValue),
-        Arg("decimal_places", 1, &EditNumber::GetDecimalPlaces),
-        Arg("digits", 6, &EditNumber::GetDigits),
-        Arg("increment", 0.5, &EditNumber::GetIncrement),
-        Arg("trailing_zeroes", false,
-            [](const EditNumber& c) {
-                return !(c.GetFormatFlags() & qorui::UI_HotTextNumber::kFormatNoTrailingZeros);
-            }),
-        Arg("hottext_scale_range", 350, &EditNumber::GetHotTextScaleRange),
-        Arg("hottext_log_base", 2, &EditNumber::GetHotTextLogBase),
-        Arg("alt_disabled", "Off now", &EditNumber::GetDisabledTooltip),
-        Arg("logarithmic", true, &EditNumber::GetSliderLogarithmic),
-        Arg("log_step", 4, &EditNumber::GetLogBase),
+    const EditNumberArgs gain = {
+        EditArg("name", "Gain:", &EditNumber::GetLabel),
+        EditArg("unit_label", "dB", &EditNumber::GetUnitLabel),
+        EditArg("use_slider", true, &EditNumber::GetUsesSlider),
+        EditArg("horizontal_direction", false, &EditNumber::IsHorizontal),
+        EditArg("invert_slider", true, &EditNumber::GetInvertSlider),
+        EditArg("min_slider_width", 200, &EditNumber::GetSliderLength),
+        EditArg("min_value", -24, &EditNumber::GetMinValue),
+        EditArg("max_value", 12, &EditNumber::GetMaxValue),
+        EditArg("decimal_places", 1, &EditNumber::GetDecimalPlaces),
+        EditArg("digits", 6, &EditNumber::GetDigits),
+        EditArg("increment", 0.5, &EditNumber::GetIncrement),
+        EditArg("trailing_zeroes", false,
+                [](const EditNumber& c) {
+                    return !(c.GetFormatFlags() & qorui::UI_HotTextNumber::kFormatNoTrailingZeros);
+                }),
+        EditArg("hottext_scale_range", 350, &EditNumber::GetHotTextScaleRange),
+        EditArg("hottext_log_base", 2, &EditNumber::GetHotTextLogBase),
+        EditArg("alt_disabled", "Off now", &EditNumber::GetDisabledTooltip),
+        EditArg("logarithmic", true, &EditNumber::GetSliderLogarithmic),
+        EditArg("log_step", 4, &EditNumber::GetLogBase),
     };
     ExpectRoundTrip<EditNumber>(
         kSheet, "wex_edit_number", gain,
@@ -84,10 +89,10 @@ TEST(TessEditNumberAdapter, ArgumentsSetUpTheControl) {
             EXPECT_EQ(c.GetFrame().width, std::ceil(recommended.x));
             EXPECT_EQ(c.GetFrame().height, std::ceil(recommended.y));
         });
-    const std::vector<Arg> mix = {
-        Arg("use_inline", true, &EditNumber::GetUsesInline),
-        Arg("description1", "Dry", &EditNumber::GetDescription1),
-        Arg("description2", "Wet", &EditNumber::GetDescription2),
+    const EditNumberArgs mix = {
+        EditArg("use_inline", true, &EditNumber::GetUsesInline),
+        EditArg("description1", "Dry", &EditNumber::GetDescription1),
+        EditArg("description2", "Wet", &EditNumber::GetDescription2),
     };
     ExpectRoundTrip<EditNumber>(kSheet, "wex_edit_number", mix, "", [](auto&, EditNumber& c) {
         // Absent arguments keep the control's defaults.

@@ -18,7 +18,12 @@ using qorui::LevelMeterKind;
 using qorui::LevelMeterOrientation;
 using Meter = qorui::UI_LevelMeterView;
 using Settings = qorui::LevelMeterSettings;
-using Arg = Argument<Meter>;
+using MeterArgs = std::vector<Argument<Meter>>;
+// One argument of the control; a function, since aggregates take no parentheses everywhere.
+template <typename Value, typename Getter>
+Argument<Meter> MeterArg(const char* name, Value value, Getter getter) {
+    return Arg<Meter>(name, value, getter);
+}
 
 const char* const kSheet = R"(sheet Meter {
 interface:
@@ -42,26 +47,26 @@ auto Setting(Field Settings::*field) {
 }
 
 TEST(TessLevelMeterAdapter, ArgumentsDescribeTheMeter) {
-    const std::vector<Arg> arguments = {
-        Arg("num_channels", 1, &Meter::GetChannelCount),
-        Arg("show_gradient", false, Setting(&Settings::showGradient)),
-        Arg("show_ruler", true, &Meter::GetShowRuler),
-        Arg("show_LED", true, Setting(&Settings::showLED)),
-        Arg("show_clip", false, &Meter::GetShowClipIndicators),
-        Arg("show_peaks", false, &Meter::GetShowPeaks),
-        Arg("show_valley", true, Setting(&Settings::showValley)),
-        Arg("use_spectrum_colors", true, Setting(&Settings::useSpectrumColors)),
-        Arg("min_dB", -48, &Meter::GetMinDBValue),
-        Arg("max_dB", 0, &Meter::GetMaxDBValue),
-        Arg("meter_gap", 3, &Meter::GetMeterGap),
-        Arg("caution_level", -20, Setting(&Settings::cautionLevel)),
-        Arg("warning_level", -6, Setting(&Settings::warningLevel)),
-        Arg("zero_ref_Value", 0.5, Setting(&Settings::zeroRefValue)),
-        Arg("clipped_ref_level", 0.875, Setting(&Settings::clippedRefLevel)),
-        Arg("width", 36, [](const Meter& m) { return m.GetFrame().width; }),
-        Arg("height", 200, [](const Meter& m) { return m.GetFrame().height; }),
-        Arg("ruler_step", 2, [](const Meter& m) { return m.GetRuler()->GetStepFactor(); }),
-        Arg("ruler_label2", "dB", [](const Meter& m) { return m.GetRuler()->GetLabel2(); }),
+    const MeterArgs arguments = {
+        MeterArg("num_channels", 1, &Meter::GetChannelCount),
+        MeterArg("show_gradient", false, Setting(&Settings::showGradient)),
+        MeterArg("show_ruler", true, &Meter::GetShowRuler),
+        MeterArg("show_LED", true, Setting(&Settings::showLED)),
+        MeterArg("show_clip", false, &Meter::GetShowClipIndicators),
+        MeterArg("show_peaks", false, &Meter::GetShowPeaks),
+        MeterArg("show_valley", true, Setting(&Settings::showValley)),
+        MeterArg("use_spectrum_colors", true, Setting(&Settings::useSpectrumColors)),
+        MeterArg("min_dB", -48, &Meter::GetMinDBValue),
+        MeterArg("max_dB", 0, &Meter::GetMaxDBValue),
+        MeterArg("meter_gap", 3, &Meter::GetMeterGap),
+        MeterArg("caution_level", -20, Setting(&Settings::cautionLevel)),
+        MeterArg("warning_level", -6, Setting(&Settings::warningLevel)),
+        MeterArg("zero_ref_Value", 0.5, Setting(&Settings::zeroRefValue)),
+        MeterArg("clipped_ref_level", 0.875, Setting(&Settings::clippedRefLevel)),
+        MeterArg("width", 36, [](const Meter& m) { return m.GetFrame().width; }),
+        MeterArg("height", 200, [](const Meter& m) { return m.GetFrame().height; }),
+        MeterArg("ruler_step", 2, [](const Meter& m) { return m.GetRuler()->GetStepFactor(); }),
+        MeterArg("ruler_label2", "dB", [](const Meter& m) { return m.GetRuler()->GetLabel2(); }),
     };
     ExpectRoundTrip<Meter>(kSheet, "qor_level_meter", arguments,
                            ", type: @gain_reduction, orientation: @vertical, "
