@@ -302,24 +302,8 @@ void MarlTessAudioFilterEditorView::SyncParameters() {
     inSync_ = wasInSync;
 }
 
-bool MarlTessAudioFilterEditorView::UI_DoMouseEvent(const qorui::MouseEvent& event) {
-    if (event.IsAction(qorui::PointerAction::kPress))
-        pointerPressed_ = true;
-    return false;
-}
-
-bool MarlTessAudioFilterEditorView::IsPointerPressed() const {
-    // A press on a control is the control's: the view learns of it from the buttons held, or
-    // from the press or release being dispatched, while a change comes through the sheet.
-    if (pointerPressed_)
-        return true;
-    if (!GetWindow())
-        return false;
-    const qorui::UI_NodeManager& manager = qorui::UI_NodeManager::Get();
-    const qorui::MouseEvent& event = manager.GetPreviousMouseEvent();
-    return (manager.GetCurrentMouseButtonState() & 7) != 0 ||
-           event.IsAction(qorui::PointerAction::kPress) ||
-           event.IsAction(qorui::PointerAction::kRelease);
+void MarlTessAudioFilterEditorView::UI_PressInside(qorui::UI_Node&) {
+    pointerPressed_ = true;
 }
 
 void MarlTessAudioFilterEditorView::OnParameterChanged(const any_regular_t& value, int index) {
@@ -329,9 +313,8 @@ void MarlTessAudioFilterEditorView::OnParameterChanged(const any_regular_t& valu
     AudioFilter& filter = *GetFilter();
     if (normalised == filter.GetParameterValue(index))
         return;
-    if (IsPointerPressed() && !filter.IsParameterBeingEdited(index) &&
+    if (pointerPressed_ && !filter.IsParameterBeingEdited(index) &&
         !editedParameters_.contains(index)) {
-        pointerPressed_ = true;
         editedParameters_.insert(index);
         filter.BeginParameterEdit(index);
     }

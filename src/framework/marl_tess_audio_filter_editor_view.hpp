@@ -58,8 +58,9 @@ public:
     IntrusivePtr<qormarltess::UI_QORTessRoot> GetTessRoot() const;
     const std::shared_ptr<vorlen::sheet_t>& GetSheet() const { return sheet_; }
 
-    /// Sets the press flag on a press that reaches the view itself; never consumes.
-    bool UI_DoMouseEvent(const qorui::MouseEvent& event) override;
+    /// Sets the press flag on a press anywhere in the view, the controls' own included; the
+    /// flag is what opens edit gestures on the way to the filter.
+    void UI_PressInside(qorui::UI_Node& target) override;
 
     /// Ends every open gesture of the filter; for a control that lets go outside the normal
     /// message path.
@@ -157,7 +158,6 @@ private:
     void OnParameterChanged(const vorlen::any_regular_t& value, int index);
     void AutoHookupParameterMap();
     void WriteStandardCells();
-    bool IsPointerPressed() const;
     IntrusivePtr<qorui::UI_Node> FindControl(const char* identifier) const;
     /// The two directions every Hookup registers: the control's notification to `onChange`
     /// (interactive or not, by the message it takes) and a parameter observer to

@@ -193,6 +193,34 @@ TEST_F(EditorScene, GesturesOfSeveralParametersCloseInRisingOrder) {
     EXPECT_EQ(ended, (std::vector<int>{0, 1}));
 }
 
+TEST_F(EditorScene, OnlyAPressInsideTheViewOpensGesturesAndItsFlagWaitsForOne) {
+    Open(kSheet, kLayout);
+    // A press elsewhere in the window holds the button, but it is not the view's.
+    IntrusivePtr<qorui::UI_Node> elsewhere(new qorui::UI_Node);
+    elsewhere->SetFrame({380, 280, 20, 20});
+    window->GetRoot()->ChildPushBack(elsewhere);
+    ASSERT_FALSE(view->GetFrame().Contains(qorcore::PointT<float>{390, 290}));
+    window->MouseDown(390, 290);
+    Set("gain", any_regular_t(-6.0));
+    window->MouseUp(390, 290);
+    Tick();
+    EXPECT_EQ(Count(Kind::kSetParameterValue), 1u);
+    EXPECT_EQ(Gestures(), (Counts{0, 0}));
+
+    // A press inside that writes nothing leaves the flag up, so the next write is a gesture
+    // even with the button up; the gesture's end takes the flag down.
+    window->Click(Centre("Aligned").x, Centre("Aligned").y);
+    Tick();
+    EXPECT_EQ(Gestures(), (Counts{0, 0}));
+    Set("gain", any_regular_t(-18.0));
+    EXPECT_EQ(Gestures(), (Counts{1, 0}));
+    Tick();
+    EXPECT_EQ(Gestures(), (Counts{1, 1}));
+    Set("gain", any_regular_t(-20.0));
+    Tick();
+    EXPECT_EQ(Gestures(), (Counts{1, 1}));
+}
+
 TEST_F(EditorScene, AClickWritesWithoutGestureAndEqualValuesAreNotWrittenAgain) {
     Open(kSheet, kLayout);
     window->Click(Centre("Bypass").x, Centre("Bypass").y);

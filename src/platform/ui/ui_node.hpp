@@ -153,6 +153,10 @@ public:
     virtual void UI_Draw(Penrig* penrig);
     /// Events arrive in the node's coordinates; return true when consumed.
     virtual bool UI_DoMouseEvent(const MouseEvent& event);
+    /// A press is about to reach `target`, this node or one inside it; called on the target
+    /// and each of its ancestors in turn, before the event itself, whoever consumes it. A view
+    /// learns here of presses its controls take for themselves.
+    virtual void UI_PressInside(UI_Node& target) { (void)target; }
     virtual bool UI_DoKeyboardEvent(const KeyboardEvent& event);
     virtual bool UI_DoTimerNotify(int timerId);
     /// Set the cursor (with `UI_SetCursor`) and return true, or return false to let the parent

@@ -173,6 +173,11 @@ bool UI_Window::DispatchMouseEvent(MouseEvent event) {
         UpdateHover(target);
     if (event.IsAction(PointerAction::kMove) || event.IsAction(PointerAction::kEnter))
         UpdateToolTip(target, event);
+    if (press && target) {
+        const IntrusivePtr<UI_Node> pressed(target);
+        for (IntrusivePtr<UI_Node> n(target); n && n->GetWindow() == this; n = n->GetParent())
+            n->UI_PressInside(*pressed);
+    }
     if (press) {
         for (UI_Node* n = target; n; n = n->GetParent())
             if (n->WantsKeyboardFocus() && n->IsEnabledInTree()) {
