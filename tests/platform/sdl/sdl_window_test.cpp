@@ -124,19 +124,17 @@ TEST_F(SdlWindowTest, KeysTimersAndPostedWorkArrive) {
     EXPECT_EQ(node->timerTicks[0], 9);
     node->UI_RemoveTimer(9);
 
-    // Work posted from another thread wakes a window that would otherwise sleep for long.
+    // Work posted from another thread wakes a window that would otherwise sleep for an hour: a
+    // loop that missed the post hangs here, and the test's own timeout (CMakeLists) fails it.
     bool ran = false;
     std::thread poster([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         qorcore::PostToMainThread([&] { ran = true; });
     });
-    const auto start = std::chrono::steady_clock::now();
-    while (!ran && std::chrono::steady_clock::now() - start < std::chrono::seconds(20))
-        window.ProcessEvents(20000);
+    while (!ran)
+        window.ProcessEvents(3600 * 1000);
     poster.join();
     EXPECT_TRUE(ran);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10))
-        << "the post did not wake the event loop";
 }
 
 TEST_F(SdlWindowTest, ClosingEndsTheLoop) {
