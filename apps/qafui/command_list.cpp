@@ -4,10 +4,12 @@
 #include "command.hpp"
 #include "live_editor.hpp"
 
+#include "audio/host/reference_effects.hpp"
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
 #include "platform/draw/cairo_supplier.hpp"
 
+#include <algorithm>
 #include <iomanip>
 #include <iostream>
 #include <string>
@@ -24,7 +26,8 @@ const char usage_text[] =
     "GUID, kind, state and resources. Kinds: G generic sheet and layout, L layout only,\n"
     "S a sheet-driven class of its own, X an archived-node class. States: ready (render,\n"
     "describe and open show it), pending (its view class is not built yet) or missing\n"
-    "(followed by the resources the library lacks).\n";
+    "(followed by the resources the library lacks). \"dsp\" marks the effects the\n"
+    "reference host runs with real signal processing (process needs one).\n";
 
 const char* state_name(editor_readiness_t::status_t status) {
     switch (status) {
@@ -41,12 +44,14 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
     const qorui::penrig::CairoSupplier supplier(1.0f);
     qoraudiofiltersui::Initialize(&supplier);
     int counts[3] = {0, 0, 0};
+    const std::vector<std::string> withDsp = qafhost::GetReferenceEffectNames();
     for (const auto& effect : qoraudiofiltersui::GetEffectCatalogue()) {
         const editor_readiness_t readiness = check_editor(effect);
         ++counts[int(readiness.status)];
+        const bool dsp = std::find(withDsp.begin(), withDsp.end(), effect.name) != withDsp.end();
         std::cout << std::left << std::setw(24) << effect.name << effect.GetGuidText() << "  "
                   << char(effect.kind) << "  " << std::setw(8) << state_name(readiness.status)
-                  << effect.resources;
+                  << std::setw(5) << (dsp ? "dsp" : "-") << effect.resources;
         if (!readiness.missing.empty()) {
             std::cout << "  (missing";
             for (const std::string& name : readiness.missing)
@@ -56,7 +61,8 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
         std::cout << "\n";
     }
     std::cout << "# " << counts[0] << " ready, " << counts[1] << " pending, " << counts[2]
-              << " missing resources\n";
+              << " missing resources; " << withDsp.size()
+              << " with reference DSP (dsp: render, open and process run it)\n";
     qoraudiofiltersui::Terminate();
     return 0;
 }

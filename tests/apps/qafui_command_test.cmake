@@ -9,10 +9,10 @@ file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK})
 
 # list: each editor's state, with what is missing.
-expect(0 "FFTFilter +[-0-9A-F]+  X  ready " "^$" list)
-string(REGEX MATCH "Flanger +[-0-9A-F]+  G  missing +FLANGER.mrl FLANGER.tss  \\(missing FLANGER.mrl FLANGER.tss\\)" flanger "${last_out}")
+expect(0 "FFTFilter +[-0-9A-F]+  X  ready   dsp  FFTFILTER" "^$" list)
+string(REGEX MATCH "Flanger +[-0-9A-F]+  G  missing -    FLANGER.mrl FLANGER.tss  \\(missing FLANGER.mrl FLANGER.tss\\)" flanger "${last_out}")
 string(REGEX MATCH "Amplify +[-0-9A-F]+  X  pending " amplify "${last_out}")
-string(REGEX MATCH "# [0-9]+ ready, [0-9]+ pending, [0-9]+ missing resources\n$" summary "${last_out}")
+string(REGEX MATCH "# [0-9]+ ready, [0-9]+ pending, [0-9]+ missing resources; 1 with reference DSP" summary "${last_out}")
 if(NOT flanger OR NOT amplify OR NOT summary)
   message(SEND_ERROR "qafui list does not show every state:\n${last_out}")
 endif()
