@@ -73,11 +73,10 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
         return usage_error(command, error);
     if (options.effect.empty())
         return usage_error(command, "no EFFECT given");
-    const qoraudiofiltersui::EffectEntry* effect = qoraudiofiltersui::FindEffect(options.effect);
-    if (!effect) {
-        std::cerr << "qafui describe: no effect '" << options.effect << "' (see qafui list)\n";
+    const qoraudiofiltersui::EffectEntry* effect =
+        find_effect_or_report("describe", options.effect);
+    if (!effect)
         return 1;
-    }
 
     return with_headless_editor("describe", *effect, options, [&](headless_editor_t& session) {
         const editor_description_t description =

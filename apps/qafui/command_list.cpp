@@ -9,7 +9,6 @@
 #include "framework/library.hpp"
 #include "platform/draw/cairo_supplier.hpp"
 
-#include <algorithm>
 #include <iomanip>
 #include <iostream>
 #include <string>
@@ -44,11 +43,10 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
     const qorui::penrig::CairoSupplier supplier(1.0f);
     qoraudiofiltersui::Initialize(&supplier);
     int counts[3] = {0, 0, 0};
-    const std::vector<std::string> withDsp = qafhost::GetReferenceEffectNames();
     for (const auto& effect : qoraudiofiltersui::GetEffectCatalogue()) {
         const editor_readiness_t readiness = check_editor(effect);
         ++counts[int(readiness.status)];
-        const bool dsp = std::find(withDsp.begin(), withDsp.end(), effect.name) != withDsp.end();
+        const bool dsp = qafhost::HasReferenceEffect(effect.name);
         std::cout << std::left << std::setw(24) << effect.name << effect.GetGuidText() << "  "
                   << char(effect.kind) << "  " << std::setw(8) << state_name(readiness.status)
                   << std::setw(5) << (dsp ? "dsp" : "-") << effect.resources;
@@ -61,7 +59,7 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
         std::cout << "\n";
     }
     std::cout << "# " << counts[0] << " ready, " << counts[1] << " pending, " << counts[2]
-              << " missing resources; " << withDsp.size()
+              << " missing resources; " << qafhost::GetReferenceEffectNames().size()
               << " with reference DSP (dsp: render, open and process run it)\n";
     qoraudiofiltersui::Terminate();
     return 0;

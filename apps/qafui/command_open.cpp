@@ -134,17 +134,14 @@ int run(const command_t& command, const std::vector<std::string>& all_arguments)
     const auto skin = options.skin;
     if (effectName.empty())
         return usage_error(command, "no EFFECT given");
-    const qoraudiofiltersui::EffectEntry* effect = qoraudiofiltersui::FindEffect(effectName);
-    if (!effect) {
-        std::cerr << "qafui open: no effect '" << effectName << "' (see qafui list)\n";
+    const qoraudiofiltersui::EffectEntry* effect = find_effect_or_report("open", effectName);
+    if (!effect)
         return 1;
-    }
 
     // The device comes first and goes last: the host's tap feeds it until the host stops.
     std::unique_ptr<qafhost::SoundOutput> sound;
     if (play) {
-        const std::vector<std::string> names = qafhost::GetReferenceEffectNames();
-        if (std::find(names.begin(), names.end(), effect->name) == names.end()) {
+        if (!qafhost::HasReferenceEffect(effect->name)) {
             std::cerr << "qafui open: " << effect->name
                       << ": the reference host has no DSP for this effect; the editor opens "
                          "without sound\n";

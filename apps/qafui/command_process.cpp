@@ -4,6 +4,7 @@
 
 #include "command.hpp"
 #include "editor_options.hpp"
+#include "live_editor.hpp"
 #include "parameter_options.hpp"
 
 #include "audio/host/offline_processor.hpp"
@@ -94,11 +95,6 @@ private:
     std::vector<std::vector<float>> planar_;
 };
 
-bool has_reference_dsp(const std::string& name) {
-    const std::vector<std::string> names = qafhost::GetReferenceEffectNames();
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
 int run(const command_t& command, const std::vector<std::string>& arguments) {
     editor_options_t options;
     const editor_option_rules_t rules{.output = "file",
@@ -117,13 +113,11 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
     if (!options.input.empty() && options.seconds > 0.0)
         return usage_error(command, "--input and --seconds exclude each other: a file runs for "
                                     "its own length");
-    const qoraudiofiltersui::EffectEntry* effect = qoraudiofiltersui::FindEffect(options.effect);
-    if (!effect) {
-        std::cerr << "qafui process: no effect '" << options.effect << "' (see qafui list)\n";
+    const qoraudiofiltersui::EffectEntry* effect = find_effect_or_report("process", options.effect);
+    if (!effect)
         return 1;
-    }
     const std::string name = effect->name;
-    if (!has_reference_dsp(name)) {
+    if (!qafhost::HasReferenceEffect(name)) {
         std::cerr << "qafui process: " << name
                   << ": the reference host has no DSP for this effect\n";
         return 1;

@@ -54,11 +54,9 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
         return usage_error(command, "no EFFECT given");
     if (options.output.empty())
         return usage_error(command, "no output file given (-o PNG)");
-    const qoraudiofiltersui::EffectEntry* effect = qoraudiofiltersui::FindEffect(effectName);
-    if (!effect) {
-        std::cerr << "qafui render: no effect '" << effectName << "' (see qafui list)\n";
+    const qoraudiofiltersui::EffectEntry* effect = find_effect_or_report("render", effectName);
+    if (!effect)
         return 1;
-    }
 
     return with_headless_editor("render", *effect, options, [&](headless_editor_t& session) {
         session.window().RenderAll();

@@ -1,5 +1,7 @@
 #include "event_script.hpp"
+#include "number_reading.hpp"
 
+#include "platform/core/ascii_case.hpp"
 #include "platform/dialogs/ui_modal_dialog.hpp"
 #include "platform/menus/ui_menu_overlay.hpp"
 #include "platform/ui/headless_window.hpp"
@@ -46,16 +48,9 @@ constexpr key_name_t kKeyNames[] = {
     {"Period", KeyboardCode::kPeriod}, {"Slash", KeyboardCode::kSlash},
 };
 
-bool equal_ignoring_case(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return std::tolower(static_cast<unsigned char>(x)) ==
-                      std::tolower(static_cast<unsigned char>(y));
-           });
-}
-
 std::optional<KeyboardCode> key_code(const std::string& name) {
     for (const key_name_t& key : kKeyNames)
-        if (equal_ignoring_case(name, key.name))
+        if (qorcore::EqualIgnoringCase(name, key.name))
             return key.code;
     if (name.size() == 1) {
         switch (name[0]) {
@@ -80,22 +75,18 @@ std::optional<KeyboardCode> key_code(const std::string& name) {
     return std::nullopt;
 }
 
-bool read_number(std::string_view text, double& out) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), out);
-    return error == std::errc() && end == text.data() + text.size() && std::isfinite(out);
-}
-
 /// Splits "shift+ctrl+word" into modifiers and the word; false for an unknown modifier.
 bool take_modifiers(std::string& word, ModifierFlags& modifiers, std::string& error) {
     std::size_t plus;
     // A lone "+" (or a name ending in one) is the key itself, not a separator.
     while ((plus = word.find('+')) != std::string::npos && plus + 1 < word.size()) {
         const std::string prefix = word.substr(0, plus);
-        if (equal_ignoring_case(prefix, "shift"))
+        if (qorcore::EqualIgnoringCase(prefix, "shift"))
             modifiers.Set(qorui::ModifierKey::kShift);
-        else if (equal_ignoring_case(prefix, "ctrl") || equal_ignoring_case(prefix, "control"))
+        else if (qorcore::EqualIgnoringCase(prefix, "ctrl") ||
+                 qorcore::EqualIgnoringCase(prefix, "control"))
             modifiers.Set(qorui::ModifierKey::kControl);
-        else if (equal_ignoring_case(prefix, "alt"))
+        else if (qorcore::EqualIgnoringCase(prefix, "alt"))
             modifiers.Set(qorui::ModifierKey::kAlt);
         else {
             error = "unknown modifier '" + prefix + "' (shift, ctrl or alt)";

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iostream>
 #include <regex>
 #include <sstream>
 #include <stdexcept>
@@ -69,6 +70,14 @@ editor_readiness_t check_editor(const qoraudiofiltersui::EffectEntry& effect) {
     if (!readiness.missing.empty())
         readiness.status = editor_readiness_t::status_t::missing_resources;
     return readiness;
+}
+
+const qoraudiofiltersui::EffectEntry* find_effect_or_report(const char* command,
+                                                            const std::string& name) {
+    const qoraudiofiltersui::EffectEntry* effect = qoraudiofiltersui::FindEffect(name);
+    if (!effect)
+        std::cerr << "qafui " << command << ": no effect '" << name << "' (see qafui list)\n";
+    return effect;
 }
 
 live_editor_t::live_editor_t(const qoraudiofiltersui::EffectEntry& effect,

@@ -39,6 +39,11 @@ struct editor_readiness_t {
 /// Needs the library initialised.
 editor_readiness_t check_editor(const qoraudiofiltersui::EffectEntry& effect);
 
+/// The effect of a name or class GUID; null, with "qafui COMMAND: no effect 'x' (see qafui
+/// list)" on standard error, when there is none.
+const qoraudiofiltersui::EffectEntry* find_effect_or_report(const char* command,
+                                                            const std::string& name);
+
 /// An editor of `effect` with its filter and, when the effect has a reference, the host that
 /// runs it. Needs the library initialised, and releases everything before it is terminated.
 class live_editor_t {

@@ -1,9 +1,10 @@
 #include "parameter_options.hpp"
+#include "number_reading.hpp"
 
+#include "platform/core/ascii_case.hpp"
 #include "platform/host/parameter_store_filter.hpp"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -13,19 +14,6 @@
 namespace qafui::cli {
 
 namespace {
-
-bool equal_ignoring_case(const std::string& a, const std::string& b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return std::tolower(static_cast<unsigned char>(x)) ==
-                      std::tolower(static_cast<unsigned char>(y));
-           });
-}
-
-bool read_number(const std::string& text, double& out) {
-    const char* end = text.data() + text.size();
-    const auto [ptr, error] = std::from_chars(text.data(), end, out);
-    return error == std::errc() && ptr == end && std::isfinite(out);
-}
 
 std::string describe(const parameter_assignment_t& assignment) {
     return assignment.option + " " + assignment.target + "=" + assignment.value;
@@ -64,7 +52,7 @@ int find_parameter(const qoraudiofilterhost::ParameterStoreFilter& filter,
         return index;
     }
     for (int i = 0; i < count; ++i)
-        if (equal_ignoring_case(filter.GetDescriptor(i).name, target))
+        if (qorcore::EqualIgnoringCase(filter.GetDescriptor(i).name, target))
             return i;
     throw std::runtime_error("no parameter named '" + target + "' (see qafui describe)");
 }

@@ -1,4 +1,5 @@
 #include "framework/effect_catalogue.hpp"
+#include "platform/core/ascii_case.hpp"
 
 #include "framework/editor_resources.hpp"
 #include "framework/library.hpp"
@@ -9,8 +10,6 @@
 #include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 #include "platform/skins/skins.hpp"
 
-#include <algorithm>
-#include <cctype>
 #include <map>
 #include <string>
 
@@ -154,13 +153,6 @@ constexpr EffectEntry kEffects[] = {
 
 static_assert(std::size(kEffects) == 36);
 
-bool SameText(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return std::toupper(static_cast<unsigned char>(x)) ==
-                      std::toupper(static_cast<unsigned char>(y));
-           });
-}
-
 /// What every factory reads first: the library's objects, which exist only after Initialize.
 void RequireLibrary() {
     if (!GetLibraryResourceManager())
@@ -288,7 +280,8 @@ std::span<const EffectEntry> GetEffectCatalogue() {
 const EffectEntry* FindEffect(std::string_view nameOrGuid) {
     const auto guid = Guid::FromString(nameOrGuid);
     for (const EffectEntry& effect : kEffects)
-        if ((guid && effect.classGuid == *guid) || SameText(effect.name, nameOrGuid))
+        if ((guid && effect.classGuid == *guid) ||
+            qorcore::EqualIgnoringCase(effect.name, nameOrGuid))
             return &effect;
     return nullptr;
 }

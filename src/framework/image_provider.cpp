@@ -1,10 +1,9 @@
 #include "framework/image_provider.hpp"
 
 #include "framework/resource_manager.hpp"
+#include "platform/core/ascii_case.hpp"
 #include "platform/skins/standard_pictures.hpp"
 
-#include <algorithm>
-#include <cctype>
 #include <cstdint>
 #include <exception>
 #include <span>
@@ -39,9 +38,7 @@ qorcore::IntrusivePtr<qorui::penrig::Image> ImageProvider::GetImage(std::string_
     if (!resources_ || !supplier_ || name.empty())
         return nullptr;
     const float scale = supplier_->GetScaleFactor();
-    std::string upper(name);
-    std::transform(upper.begin(), upper.end(), upper.begin(),
-                   [](unsigned char c) { return char(std::toupper(c)); });
+    const std::string upper = qorcore::ToUpperAscii(name);
 
     struct candidate_t {
         std::string name;

@@ -1,13 +1,12 @@
 #include "framework/resource_manager.hpp"
 
 #include "framework/embedded_resources.hpp"
+#include "platform/core/ascii_case.hpp"
 #include "platform/draw/image.hpp"
 #include "platform/ui/cursor_pictures.hpp"
 
 #include <pugixml.hpp>
 
-#include <algorithm>
-#include <cctype>
 #include <cstdint>
 #include <fstream>
 #include <iterator>
@@ -22,13 +21,6 @@ namespace qoraudiofiltersui {
 
 namespace {
 
-std::string Upper(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(),
-                   [](unsigned char c) { return char(std::toupper(c)); });
-    return out;
-}
-
 struct EmbeddedTable {
     std::mutex mutex;
     std::map<std::pair<std::string, std::string>, std::string_view> entries;
@@ -42,7 +34,7 @@ EmbeddedTable& Embedded() {
 std::optional<std::string_view> FindEmbedded(std::string_view name, std::string_view type) {
     EmbeddedTable& table = Embedded();
     std::lock_guard lock(table.mutex);
-    auto found = table.entries.find({Upper(name), Upper(type)});
+    auto found = table.entries.find({qorcore::ToUpperAscii(name), qorcore::ToUpperAscii(type)});
     if (found == table.entries.end())
         return std::nullopt;
     return found->second;
@@ -53,8 +45,8 @@ std::optional<std::pair<std::string, std::string>> SplitFileName(const std::stri
     const auto dot = file.rfind('.');
     if (dot == std::string::npos || dot == 0 || dot + 1 == file.size())
         return std::nullopt;
-    return std::make_pair(Upper(std::string_view(file).substr(0, dot)),
-                          Upper(std::string_view(file).substr(dot + 1)));
+    return std::make_pair(qorcore::ToUpperAscii(std::string_view(file).substr(0, dot)),
+                          qorcore::ToUpperAscii(std::string_view(file).substr(dot + 1)));
 }
 
 } // namespace
@@ -72,8 +64,8 @@ std::optional<std::filesystem::path>
 ResourceManager::FindOverrideFile(std::string_view name, std::string_view type) const {
     if (!overrideFolder_ || name.empty() || type.empty())
         return std::nullopt;
-    const std::string wantedName = Upper(name);
-    const std::string wantedType = Upper(type);
+    const std::string wantedName = qorcore::ToUpperAscii(name);
+    const std::string wantedType = qorcore::ToUpperAscii(type);
     std::error_code error;
     for (std::filesystem::directory_iterator it(*overrideFolder_, error), end; !error && it != end;
          it.increment(error)) {
@@ -112,7 +104,7 @@ bool ResourceManager::HasBinary(std::string_view name, std::string_view type) co
 }
 
 std::vector<std::string> ResourceManager::GetResourceDataNames(std::string_view type) const {
-    const std::string wantedType = Upper(type);
+    const std::string wantedType = qorcore::ToUpperAscii(type);
     std::set<std::string> names;
     if (overrideFolder_) {
         std::error_code error;
@@ -139,7 +131,9 @@ bool ResourceManager::RegisterEmbeddedResource(std::string_view name, std::strin
         return false;
     EmbeddedTable& table = Embedded();
     std::lock_guard lock(table.mutex);
-    return table.entries.emplace(std::make_pair(Upper(name), Upper(type)), bytes).second;
+    return table.entries
+        .emplace(std::make_pair(qorcore::ToUpperAscii(name), qorcore::ToUpperAscii(type)), bytes)
+        .second;
 }
 
 namespace {

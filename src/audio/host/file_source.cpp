@@ -1,41 +1,30 @@
 #include "audio/host/file_source.hpp"
 
-#include <sndfile.h>
+#include "audio/host/sound_file_reader.hpp"
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 #include <stdexcept>
 
 namespace qafhost {
-
-namespace {
-
-struct SndfileCloser {
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
-
-} // namespace
 
 FileSource::FileSource(const std::string& path, float hostSampleRate)
     : hostSampleRate_(hostSampleRate) {
     if (!std::isfinite(hostSampleRate) || hostSampleRate <= 0.0f)
         throw std::invalid_argument("FileSource: the sample rate must be above 0");
-    SF_INFO info{};
-    std::unique_ptr<SNDFILE, SndfileCloser> file(sf_open(path.c_str(), SFM_READ, &info));
-    if (!file)
-        throw std::runtime_error("FileSource: cannot read \"" + path +
-                                 "\": " + sf_strerror(nullptr));
-    if (info.channels <= 0 || info.frames <= 0 || info.samplerate <= 0)
-        throw std::runtime_error("FileSource: \"" + path + "\" holds no audio");
-    channelCount_ = std::size_t(info.channels);
-    fileSampleRate_ = float(info.samplerate);
-    samples_.resize(std::size_t(info.frames) * channelCount_);
-    const sf_count_t read = sf_readf_float(file.get(), samples_.data(), info.frames);
-    if (read <= 0)
-        throw std::runtime_error("FileSource: cannot read the samples of \"" + path +
-                                 "\": " + sf_strerror(file.get()));
-    frameCount_ = std::size_t(read);
+    try {
+        SoundFileReader reader(path);
+        if (reader.GetFrameCount() == 0)
+            throw std::runtime_error("\"" + path + "\" holds no audio");
+        channelCount_ = reader.GetChannelCount();
+        fileSampleRate_ = reader.GetSampleRate();
+        samples_.resize(std::size_t(reader.GetFrameCount()) * channelCount_);
+        frameCount_ = reader.Read(samples_.data(), std::size_t(reader.GetFrameCount()));
+        if (frameCount_ == 0)
+            throw std::runtime_error("cannot read the samples of \"" + path + "\"");
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(std::string("FileSource: ") + error.what());
+    }
     samples_.resize(frameCount_ * channelCount_);
     step_ = double(fileSampleRate_) / double(hostSampleRate_);
 }

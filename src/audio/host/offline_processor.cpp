@@ -1,5 +1,6 @@
 #include "audio/host/offline_processor.hpp"
 
+#include "audio/host/denormals_as_zero.hpp"
 #include "audio/host/process_host.hpp"
 #include "audio/host/reference_effects.hpp"
 
@@ -7,32 +8,11 @@
 #include <stdexcept>
 #include <string>
 
-#if defined(__SSE__)
-#include <xmmintrin.h>
-#endif
-
 namespace qafhost {
 
 static_assert(OfflineProcessor::kMaxBlockSize == ProcessHost::kMaxBlockSize);
 
 namespace {
-
-// The process thread counts denormal numbers as zero; so does an offline run, so that it
-// gives what the host plays. The caller's mode comes back afterwards.
-class DenormalsAsZero {
-public:
-#if defined(__SSE__)
-    DenormalsAsZero() : saved_(_mm_getcsr()) {
-        _mm_setcsr(saved_ | 0x8040);
-    }
-    ~DenormalsAsZero() {
-        _mm_setcsr(saved_);
-    }
-
-private:
-    unsigned int saved_;
-#endif
-};
 
 std::size_t CheckedBlockSize(std::size_t blockSize) {
     if (blockSize == 0 || blockSize > OfflineProcessor::kMaxBlockSize)

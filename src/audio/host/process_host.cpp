@@ -1,13 +1,11 @@
 #include "audio/host/process_host.hpp"
 
+#include "audio/host/denormals_as_zero.hpp"
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <stdexcept>
-
-#if defined(__SSE__)
-#include <xmmintrin.h>
-#endif
 
 namespace qafhost {
 
@@ -28,14 +26,6 @@ public:
 private:
     float sampleRate_;
 };
-
-// Signals that fade away end in denormal numbers, which cost a hundred times more to compute
-// with; on the process thread they count as zero.
-void FlushDenormalsToZero() {
-#if defined(__SSE__)
-    _mm_setcsr(_mm_getcsr() | 0x8040); // flush to zero, denormals are zero
-#endif
-}
 
 std::shared_ptr<qoraudiofilters::ReferenceEffect>
 Checked(std::shared_ptr<qoraudiofilters::ReferenceEffect> effect) {
@@ -114,7 +104,7 @@ void ProcessHost::Advance(double seconds) {
 }
 
 void ProcessHost::RunVirtual() {
-    FlushDenormalsToZero();
+    const DenormalsAsZero denormals;
     std::unique_lock lock(mutex_);
     for (;;) {
         changed_.wait(
@@ -130,7 +120,7 @@ void ProcessHost::RunVirtual() {
 }
 
 void ProcessHost::RunRealTime() {
-    FlushDenormalsToZero();
+    const DenormalsAsZero denormals;
     using clock = std::chrono::steady_clock;
     const auto period = std::chrono::duration_cast<clock::duration>(
         std::chrono::duration<double>(double(blockSize_) / double(sampleRate_)));

@@ -32,6 +32,10 @@ std::vector<std::string> GetReferenceEffectNames() {
     return names;
 }
 
+bool HasReferenceEffect(std::string_view name) {
+    return Factories().find(name) != Factories().end();
+}
+
 std::shared_ptr<qoraudiofilters::ReferenceEffect>
 CreateReferenceEffect(std::string_view name, float sampleRate, std::size_t channelCount) {
     const auto found = Factories().find(name);

@@ -14,6 +14,9 @@ namespace qafhost {
 /// ("FFTFilter"), in alphabetical order.
 std::vector<std::string> GetReferenceEffectNames();
 
+/// Whether the host has an effect of that name.
+bool HasReferenceEffect(std::string_view name);
+
 /// A new effect of that name at the rate and channel count given; null for a name the host
 /// has no effect for. A bad rate throws std::invalid_argument.
 std::shared_ptr<qoraudiofilters::ReferenceEffect>

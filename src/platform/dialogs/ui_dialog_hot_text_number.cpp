@@ -45,14 +45,9 @@ void UI_DialogHotTextNumber::WatchTyping() {
         return;
     // The same commit as the number's own, with the focus handed back afterwards.
     field->SetCommitFunction([this](const std::string& text) {
-        const std::optional<double> value = ParseNumber(text);
-        if (!value)
-            return false;
         IntrusivePtr<UI_Node> keep(this);
-        BeginInteractiveChange();
-        SetValue(*value);
-        ContinueInteractiveChange();
-        FinishInteractiveChange();
+        if (!CommitTyped(text))
+            return false;
         // The field closes after this returns and takes the focus with it: the dialog takes
         // it back on the next turn of the loop.
         UI_InstallTimer(0.001f, kRefocusTimer);

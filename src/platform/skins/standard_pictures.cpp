@@ -1,9 +1,8 @@
 #include "platform/skins/standard_pictures.hpp"
 
+#include "platform/core/ascii_case.hpp"
 #include "platform/draw/penrig.hpp"
 
-#include <algorithm>
-#include <cctype>
 #include <string>
 
 namespace qorui::skins {
@@ -15,9 +14,7 @@ constexpr float kSide = 16.0f;
 enum class Picture { kNone, kAlert, kCaution, kInfo };
 
 Picture PictureOf(std::string_view name) {
-    std::string upper(name);
-    std::transform(upper.begin(), upper.end(), upper.begin(),
-                   [](unsigned char c) { return char(std::toupper(c)); });
+    std::string upper = qorcore::ToUpperAscii(name);
     if (upper.ends_with("_SM"))
         upper.resize(upper.size() - 3);
     if (upper == "ALERT")

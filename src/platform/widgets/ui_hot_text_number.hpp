@@ -96,9 +96,11 @@ public:
 protected:
     void UI_DoDragEvent(const MouseEvent& event) override;
     void UI_DoDragEnd(bool cancelled) override;
+    /// Takes a typed text as the new value in one whole interactive change; false (the error
+    /// kept for `GetLastInputError`) when it is no number.
+    bool CommitTyped(const std::string& text);
 
 private:
-    bool CommitTyped(const std::string& text);
     void StepOnce(bool up, ModifierFlags modifiers);
 
     double min_ = std::numeric_limits<double>::lowest();
