@@ -673,14 +673,22 @@ void EditNumber::UpdateHotTextSize() {
     const qorui::penrig::Font& font = hotTextNumber_->GetFont();
     std::vector<std::string> samples;
     const int digits = hotTextNumber_->GetDigits();
-    if (qorui::skins::IsRunningV7OrBeyond() && digits > 0) {
-        samples.push_back(std::string(std::size_t(digits), '0'));
-    } else {
+    if (digits > 0) {
+        // A sign and a point may come with the digits.
+        samples.push_back(std::string(std::size_t(digits), '0') +
+                          (hotTextNumber_->GetDecimalPlaces() > 0 ? "." : ""));
+        if (minValue_ < 0)
+            samples.back().insert(0, "-");
+    }
+    if (!qorui::skins::IsRunningV7OrBeyond() || digits <= 0) {
         // Limits far out (the defaults) say nothing of the numbers shown; a typical one does.
+        std::size_t limits = 0;
         for (double limit : {minValue_, maxValue_})
-            if (std::abs(limit) <= 1e12)
+            if (std::abs(limit) <= 1e12) {
                 samples.push_back(hotTextNumber_->FormatValue(limit));
-        if (samples.size() < 2)
+                ++limits;
+            }
+        if (limits < 2)
             samples.push_back(hotTextNumber_->FormatValue(-9999.0));
     }
     float width = 0;

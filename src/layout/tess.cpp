@@ -268,8 +268,10 @@ void tess_t::implementation_t::gather(view_proxy_t& c, int a) {
 }
 
 void tess_t::implementation_t::gather_minor(view_proxy_t& c, int a) {
-    const wide_t near = c.attributes.slice[a].frame.first + c.attributes.axis[a].margin.first;
-    const wide_t far = c.attributes.slice[a].frame.second + c.attributes.axis[a].margin.second;
+    const wide_t near =
+        wide_t(c.attributes.slice[a].frame.first) + c.attributes.axis[a].margin.first;
+    const wide_t far =
+        wide_t(c.attributes.slice[a].frame.second) + c.attributes.axis[a].margin.second;
     guide_set_t& forward = c.forward[a];
     guide_set_t& reverse = c.reverse[a];
 
@@ -304,15 +306,17 @@ void tess_t::implementation_t::gather_minor(view_proxy_t& c, int a) {
             if (!child.reverse[a].empty() && !reverse.empty())
                 f = reverse[0] - child.reverse[a][0];
         }
-        length = std::max<wide_t>(length, child.minimum[a] + n + f);
+        length = std::max<wide_t>(length, wide_t(child.minimum[a]) + n + f);
     }
     c.children_length[a] = narrow(length);
     c.minimum[a] = narrow(std::max<wide_t>(c.minimum[a], length));
 }
 
 void tess_t::implementation_t::gather_major(view_proxy_t& c, int a) {
-    const wide_t near = c.attributes.slice[a].frame.first + c.attributes.axis[a].margin.first;
-    const wide_t far = c.attributes.slice[a].frame.second + c.attributes.axis[a].margin.second;
+    const wide_t near =
+        wide_t(c.attributes.slice[a].frame.first) + c.attributes.axis[a].margin.first;
+    const wide_t far =
+        wide_t(c.attributes.slice[a].frame.second) + c.attributes.axis[a].margin.second;
     guide_set_t& forward = c.forward[a];
     guide_set_t& reverse = c.reverse[a];
 
@@ -335,7 +339,7 @@ void tess_t::implementation_t::gather_major(view_proxy_t& c, int a) {
                 }
             }
         }
-        running += child.spacing + child.minimum[a];
+        running += wide_t(child.spacing) + child.minimum[a];
     }
 
     running = near;
@@ -393,8 +397,10 @@ bool push_guides(const guide_set_t& from, std::size_t first, guide_set_t& to, wi
 } // namespace
 
 bool tess_t::implementation_t::push_down_minor(view_proxy_t& c, int a) {
-    const wide_t near = c.attributes.slice[a].frame.first + c.attributes.axis[a].margin.first;
-    const wide_t far = c.attributes.slice[a].frame.second + c.attributes.axis[a].margin.second;
+    const wide_t near =
+        wide_t(c.attributes.slice[a].frame.first) + c.attributes.axis[a].margin.first;
+    const wide_t far =
+        wide_t(c.attributes.slice[a].frame.second) + c.attributes.axis[a].margin.second;
     const guide_set_t& forward = c.forward[a];
     const guide_set_t& reverse = c.reverse[a];
     bool changed = false;
@@ -421,8 +427,10 @@ bool tess_t::implementation_t::push_down_minor(view_proxy_t& c, int a) {
 }
 
 bool tess_t::implementation_t::push_down_major(view_proxy_t& c, int a) {
-    const wide_t near = c.attributes.slice[a].frame.first + c.attributes.axis[a].margin.first;
-    const wide_t far = c.attributes.slice[a].frame.second + c.attributes.axis[a].margin.second;
+    const wide_t near =
+        wide_t(c.attributes.slice[a].frame.first) + c.attributes.axis[a].margin.first;
+    const wide_t far =
+        wide_t(c.attributes.slice[a].frame.second) + c.attributes.axis[a].margin.second;
     const guide_set_t& forward = c.forward[a];
     const guide_set_t& reverse = c.reverse[a];
 
@@ -441,7 +449,7 @@ bool tess_t::implementation_t::push_down_major(view_proxy_t& c, int a) {
                 return true;
             entry += guides.size();
         }
-        running += child.spacing + child.minimum[a];
+        running += wide_t(child.spacing) + child.minimum[a];
     }
 
     running = near;
@@ -473,7 +481,8 @@ void tess_t::implementation_t::distribute(view_proxy_t& c, int a) {
 
 void tess_t::implementation_t::layout_minor(view_proxy_t& c, int a) {
     const wide_t length = c.place.slice[a].length;
-    const wide_t near = c.attributes.slice[a].frame.first + c.attributes.axis[a].margin.first;
+    const wide_t near =
+        wide_t(c.attributes.slice[a].frame.first) + c.attributes.axis[a].margin.first;
     const wide_t far =
         length - c.attributes.slice[a].frame.second - c.attributes.axis[a].margin.second;
     const guide_set_t& forward = c.forward[a];
@@ -552,10 +561,10 @@ void tess_t::implementation_t::layout_major(view_proxy_t& c, int a) {
         if (axis.alignment == alignment_t::reverse_fill)
             place.length = narrow(place.length + take_share());
         place.position = narrow(far - place.length);
-        far -= child.spacing + place.length;
+        far -= wide_t(child.spacing) + place.length;
     }
 
-    wide_t running = slice.frame.first + margin.first;
+    wide_t running = wide_t(slice.frame.first) + margin.first;
     const wide_t left = running;
     entry = 0;
     for (std::size_t k = 0; k != end; ++k) {

@@ -876,6 +876,11 @@ bool sheet_t::has_output(name_t name) const {
     return find_cell(object_m->output_index_m, name) != nullptr;
 }
 
+bool sheet_t::has_relation(name_t name) const {
+    const cell_t* cell = find_cell(object_m->output_index_m, name);
+    return cell && cell->initial_relation_count != 0;
+}
+
 any_regular_t sheet_t::inspect(const array_t& expression) {
     if (expression.empty())
         return any_regular_t();

@@ -82,6 +82,8 @@ public:
     any_regular_t get(name_t name);
     bool has_input(name_t name) const;
     bool has_output(name_t name) const;
+    /// Whether a relate clause names the cell, so that its value may come from the relation.
+    bool has_relation(name_t name) const;
     /// Evaluates an expression against the current values.
     any_regular_t inspect(const array_t& expression);
 

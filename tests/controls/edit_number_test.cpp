@@ -610,9 +610,24 @@ TEST_F(EditNumberLayout, TheHotTextIsSizedForItsWidestNumber) {
     const float wide = control->GetHotTextNumber()->GetFrame().width;
     EXPECT_GT(wide, 50.0f);
     control->SetDigits(3);
-    EXPECT_EQ(control->GetHotTextNumber()->GetFrame().width, wide)
-        << "digits count in the newer look";
+    EXPECT_LT(control->GetHotTextNumber()->GetFrame().width, wide)
+        << "places after the point give way to a digits count";
     ScopedSkin v7(Skin::kV7);
     control->UpdateHotTextSize();
     EXPECT_LT(control->GetHotTextNumber()->GetFrame().width, wide);
+}
+
+TEST_F(EditNumberLayout, ADigitsCountTradesPlacesForWholeDigits) {
+    auto control = Make(true, false);
+    control->SetMinMaxValue(20, 24000, 1);
+    control->SetDecimalPlaces(2);
+    control->SetDigits(5);
+    const struct {
+        double value;
+        const char* shown;
+    } rows[] = {{30, "30.00"}, {199.996, "200.00"}, {1000, "1000.0"}, {23999.6, "24000"}};
+    for (const auto& row : rows) {
+        control->SetValue(row.value);
+        EXPECT_EQ(control->GetHotTextNumber()->GetDisplayString(), row.shown) << row.value;
+    }
 }

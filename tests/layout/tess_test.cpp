@@ -324,6 +324,16 @@ TEST(TessPlacement, AbsurdLengthsSaturateInsteadOfOverflowing) {
         t.add(row, "huge", guided(huge, huge, {huge}, {huge}));
     // Every sum is held at 2^30, far beyond any screen, rather than wrapping negative.
     EXPECT_EQ(t.tess.evaluate(true), std::make_pair(1 << 30, 1 << 30));
+
+    // A spacing of the largest int added to a place (undefined behaviour if summed in 32
+    // bits): the second child lands at the far limit, after the first, never wrapped back.
+    tree_t spaced;
+    it_t wide = spaced.add_container(it_t(), "row", container(placement_t::row, {huge}));
+    it_t a = spaced.add(wide, "a", size_of(0, 0));
+    it_t b = spaced.add(wide, "b", size_of(1, 1));
+    EXPECT_EQ(spaced.tess.evaluate(true).first, 1 << 30);
+    EXPECT_EQ(spaced.at(b).left(), 1 << 30);
+    EXPECT_GE(spaced.at(b).left(), spaced.at(a).left());
 }
 
 TEST(TessAlignment, DefaultResolvesToTheParentsChildAlignment) {

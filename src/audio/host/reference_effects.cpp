@@ -1,6 +1,7 @@
 #include "audio/host/reference_effects.hpp"
 
 #include "audio/dsp/fft_filter.hpp"
+#include "audio/dsp/parametric_eq.hpp"
 
 #include <algorithm>
 #include <functional>
@@ -18,6 +19,10 @@ const std::map<std::string, Factory, std::less<>>& Factories() {
         {"FFTFilter",
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::FFTFilter>(rate, channels);
+         }},
+        {"ParametricEQ",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::ParametricEQ>(rate, channels);
          }},
     };
     return factories;

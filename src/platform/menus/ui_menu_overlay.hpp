@@ -1,7 +1,12 @@
 #pragma once
 
+#include "platform/draw/font.hpp"
 #include "platform/menus/os_menu.hpp"
 #include "platform/ui/ui_modal_overlay.hpp"
+
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace qorui {
 
@@ -9,7 +14,9 @@ namespace qorui {
 /// corner there, moved inside the window when it would not fit. The pointer highlights items; a
 /// click (or a release after moving into the menu) chooses an enabled one; Up and Down move the
 /// highlight over enabled items, wrapping; Return or Space choose it; Escape or a press outside
-/// cancel.
+/// cancel. In a searchable menu typed text moves the highlight to the first enabled item that
+/// starts with what was typed since the last pause of a second (ignoring the case of ASCII
+/// letters).
 class UI_MenuOverlay : public UI_ModalOverlay {
 public:
     /// `menu` must outlive the overlay; `windowPoint` is in window coordinates.
@@ -31,6 +38,7 @@ public:
     void UI_Draw(Penrig* penrig) override;
     bool UI_DoMouseEvent(const MouseEvent& event) override;
     bool UI_DoKeyboardEvent(const KeyboardEvent& event) override;
+    bool UI_DoTimerNotify(int timerId) override;
 
 protected:
     void UI_ModalStarted() override;
@@ -41,6 +49,8 @@ private:
     int ItemAt(const PointT<float>& point) const;
     void SetHighlighted(int index);
     void MoveHighlight(int direction);
+    void TypeSelect(std::string_view text);
+    void DrawItem(Penrig* penrig, std::size_t index);
 
     const OS_Menu& menu_;
     PointT<float> anchor_;
@@ -48,6 +58,12 @@ private:
     std::vector<RectT<float>> itemRects_;
     int highlighted_ = -1;
     bool armed_ = false;
+    // Measured by the menu's style when the menu opens; x offsets from the panel's left edge.
+    penrig::Font font_;
+    float checkColumn_ = 0.0f;
+    float iconColumn_ = 0.0f;
+    float textLeft_ = 0.0f;
+    std::string typed_; // what was typed since the last pause, in lower case
 };
 
 /// Runs `menu` as a pop-up at `position` in `node`'s coordinates and returns the chosen

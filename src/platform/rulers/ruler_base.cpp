@@ -79,8 +79,10 @@ void RulerBase::SetFontSize(float size) {
 
 double RulerBase::MinMajorSpacing() const {
     // Room for a number: its height on a vertical ruler, a typical width on a horizontal one.
+    // The step factor asks for at least that many pixels between labelled ticks; labels never
+    // come closer than they need.
     const double room = vertical_ ? fontSize_ * 2.4 : fontSize_ * 4.5 + 8.0;
-    return room * stepFactor_;
+    return std::max(room, stepFactor_);
 }
 
 void RulerBase::Ticks(std::vector<double>& majors, std::vector<double>& minors) const {

@@ -50,8 +50,8 @@ public:
     std::vector<int> GetMinorPixels() const;
     std::vector<double> GetMajorValues() const;
     std::vector<double> GetMinorValues() const;
-    /// Above 1 spreads the major ticks, below 1 packs them; not a positive finite number throws
-    /// std::invalid_argument.
+    /// The least distance in pixels between labelled ticks; below what a label needs it changes
+    /// nothing. Not a positive finite number throws std::invalid_argument.
     void SetStepFactor(double factor);
     double GetStepFactor() const { return stepFactor_; }
 

@@ -46,6 +46,13 @@ void Assemblage::BindEnabled(name_t cell, EnabledView view) {
     sheet_t* sheet = FindInputSheet(cell);
     if (!sheet)
         return;
+    // For a cell that a relation may fill, the sheet tells which side of the relation holds
+    // its value now, not whether the user may change it: touching it turns the relation round.
+    // Such a control stays enabled.
+    if (sheet->has_relation(cell)) {
+        view(true);
+        return;
+    }
     cellConnections_.emplace_back(sheet->monitor_enabled(cell, &cell, &cell + 1, view));
 }
 

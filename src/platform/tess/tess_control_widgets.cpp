@@ -22,6 +22,9 @@
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace qormarltess {
 
@@ -109,9 +112,16 @@ public:
         const std::string text = Text(arguments, "name"_name);
         auto button = IntrusivePtr<qorui::UI_RadioButton>(new qorui::UI_RadioButton(text));
         SetNode(button);
-        const auto [width, height] = TextSize(text, qorui::control_drawing::GetControlFont());
-        SetNaturalSize(kCheckMarkSpace + width + 1,
-                       std::max(int(qorui::UI_Checkbox::kBoxSize) + 2, height));
+        bool buttonStyle = false;
+        vorlen::get_value(arguments, "button_style"_name, buttonStyle);
+        if (buttonStyle) {
+            button->SetButtonStyle(true);
+            SetNaturalSize(int(button->GetButtonStyleWidth()), kControlHeight);
+        } else {
+            const auto [width, height] = TextSize(text, qorui::control_drawing::GetControlFont());
+            SetNaturalSize(kCheckMarkSpace + width + 1,
+                           std::max(int(qorui::UI_Checkbox::kBoxSize) + 2, height));
+        }
         // Inside a radio group the group keeps the buttons exclusive.
         if (auto* group = dynamic_cast<qorui::UI_RadioGroup*>(parent))
             group->AddRadioButton(button);
@@ -252,39 +262,72 @@ public:
     }
 };
 
-/// A popup of `items` ({name, value}); the cell holds the chosen item's value.
+constexpr const char* kCustomItemText = "$$$/qoraudiofiltersui/Popup/Custom=Custom";
+// The letters whose mean width is a font's average character.
+constexpr std::string_view kAverageCharSample =
+    "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+
+/// A name written either as `@name` or as a string; the empty name for "" or when absent.
+name_t NameOrText(const dictionary_t& arguments, name_t key) {
+    const auto found = arguments.find(key);
+    if (found == arguments.end())
+        return {};
+    if (found->second.is<name_t>())
+        return found->second.cast<name_t>();
+    if (found->second.is<std::string>())
+        return name_t(found->second.cast<std::string>().c_str());
+    throw std::runtime_error(std::string("'") + key.c_str() + "' must be a name or a string");
+}
+
+/// A size argument in pixels, cut to what a float holds; 0 when absent or not a number. The
+/// toolkit takes a size that is not positive as its own default.
+float Size(const dictionary_t& arguments, name_t key) {
+    const double size = Number(arguments, key, 0);
+    return std::isnan(size) ? 0.0f : float(std::clamp(size, -1e6, 1e6));
+}
+
+/// A cell named with `@cell`; "" (as scripts write for none) or absence give the empty name.
+name_t OptionalCell(const dictionary_t& arguments, name_t key) {
+    const auto found = arguments.find(key);
+    if (found != arguments.end() && found->second.is<std::string>() &&
+        found->second.cast<std::string>().empty())
+        return {};
+    return Cell(arguments, key);
+}
+
+/// A popup of `items` ({name, value, icon, action, bind_output}); the cell holds the chosen
+/// item's value. An item with an `action` is a command: choosing it writes the action as a name
+/// to its `bind_output` cell, or the popup's, and leaves the value alone. The natural width is
+/// the widest item's, or with a `measureStrategy` other than 'maxItem' the first item's, its
+/// text cut at `popup_maximum_width_chars` average characters. The `iconpopup_...` arguments
+/// measure the icon column and the menu's rows.
 class PopupAdapter : public LeafAdapter {
 public:
     PopupAdapter(const dictionary_t& arguments, UI_Node* parent, const FactoryToken& token)
         : LeafAdapter(parent, token) {
         popup_ = IntrusivePtr<qorui::UI_Popup>(new qorui::UI_Popup);
         SetNode(popup_);
-        vorlen::array_t items;
-        vorlen::get_value(arguments, "items"_name, items);
-        std::vector<std::string> names;
-        int widest = 0;
-        for (const any_regular_t& item : items) {
-            const auto& entry = item.cast<dictionary_t>();
-            names.push_back(Text(entry, "name"_name));
-            any_regular_t value;
-            vorlen::get_value(entry, "value"_name, value);
-            values_.push_back(value);
-            widest = std::max(
-                widest, TextSize(names.back(), qorui::control_drawing::GetControlFont()).first);
-        }
-        popup_->SetItems(names);
-        SetNaturalSize(widest + 34, kControlHeight);
+        ReadLook(arguments);
+        ReadItems(arguments, token);
+        if (Boolean(arguments, "include_custom_item"_name, false))
+            popup_->SetCustomItemText(LocalizeString(kCustomItemText));
+        popup_->SetSearchable(Boolean(arguments, "is_searchable"_name, false));
+        Measure(arguments);
 
-        const name_t cell = Cell(arguments, "bind"_name);
+        Assemblage* assemblage = &token.GetAssemblage();
+        popup_->SetCommandHandler([this, assemblage](int index) {
+            const Action& action = actions_[std::size_t(index)];
+            if (action.target)
+                assemblage->SetCell(action.target, any_regular_t(action.name));
+        });
+        const name_t cell = OptionalCell(arguments, "bind"_name);
         if (!cell)
             return;
-        Assemblage* assemblage = &token.GetAssemblage();
         assemblage->BindView(cell, [this](const any_regular_t& current) {
-            const auto found = std::find(values_.begin(), values_.end(), current);
-            if (found == values_.end())
+            if (current.is<vorlen::empty_t>())
                 popup_->SetValueUnknown();
             else
-                popup_->SetValue(double(found - values_.begin()));
+                popup_->SetValue(double(IndexOf(current)));
         });
         popup_->NotifyWhenChanged([this, assemblage, cell](const UI_ControlChangedMessage&) {
             const int index = popup_->GetSelectedIndex();
@@ -295,8 +338,80 @@ public:
     }
 
 private:
+    struct Action {
+        name_t name;   // empty for an item to choose
+        name_t target; // the cell it goes to; empty for none
+    };
+
+    void ReadLook(const dictionary_t& arguments) {
+        qorui::OS_Menu::Style style;
+        style.itemHeight = Size(arguments, "iconpopup_item_height"_name);
+        style.checkColumnWidth = Size(arguments, "iconpopup_selection_column_width"_name);
+        style.iconColumnWidth = Size(arguments, "iconpopup_icon_column_width"_name);
+        style.iconSeparator =
+            Boolean(arguments, "iconpopup_include_vertical_separator"_name, false);
+        // Points of the script are the toolkit's logical pixels.
+        style.fontSize = Size(arguments, "iconpopup_font_size"_name);
+        popup_->SetMenuStyle(style);
+        if (const float size = popup_->GetMenuStyle().fontSize; size > 0)
+            popup_->SetFont(qorui::penrig::Font(size));
+    }
+
+    void ReadItems(const dictionary_t& arguments, const FactoryToken& token) {
+        vorlen::array_t items;
+        vorlen::get_value(arguments, "items"_name, items);
+        const name_t output = OptionalCell(arguments, "bind_output"_name);
+        std::vector<std::string> names;
+        std::vector<IntrusivePtr<qorui::penrig::Image>> icons;
+        for (const any_regular_t& item : items) {
+            const auto& entry = item.cast<dictionary_t>();
+            names.push_back(Text(entry, "name"_name));
+            any_regular_t value;
+            vorlen::get_value(entry, "value"_name, value);
+            values_.push_back(value);
+            const name_t action = NameOrText(entry, "action"_name);
+            const name_t target = action ? OptionalCell(entry, "bind_output"_name) : name_t();
+            actions_.push_back({action, target ? target : output});
+            const name_t icon = NameOrText(entry, "icon"_name);
+            icons.push_back(icon ? token.GetImage(icon.c_str()) : nullptr);
+        }
+        popup_->SetItems(names);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            popup_->SetItemIcon(i, icons[i]);
+            popup_->SetItemCommand(i, bool(actions_[i].name));
+            if (icons[i])
+                tallestIcon_ = std::max(tallestIcon_, int(std::ceil(icons[i]->GetHeight())));
+        }
+    }
+
+    void Measure(const dictionary_t& arguments) {
+        const name_t strategy = NameOrText(arguments, "measureStrategy"_name);
+        // Without a strategy the widest item, as every popup measured before there were any.
+        const auto measure = !strategy || strategy == name_t("maxItem"_name)
+                                 ? qorui::UI_Popup::Measure::kWidestItem
+                                 : qorui::UI_Popup::Measure::kFirstItem;
+        float maxText = qorui::UI_Popup::kNoLimit;
+        if (const float chars = Size(arguments, "popup_maximum_width_chars"_name); chars > 0) {
+            const float sample =
+                qorui::control_drawing::MeasureText(kAverageCharSample, popup_->GetFont()).width;
+            maxText = chars * sample / float(kAverageCharSample.size());
+        }
+        SetNaturalSize(int(popup_->GetBestWidth(measure, maxText)),
+                       std::max(kControlHeight, tallestIcon_ + 4));
+    }
+
+    /// The first item to choose with that value; -1 for none.
+    int IndexOf(const any_regular_t& value) const {
+        for (std::size_t i = 0; i < values_.size(); ++i)
+            if (!actions_[i].name && values_[i] == value)
+                return int(i);
+        return -1;
+    }
+
     IntrusivePtr<qorui::UI_Popup> popup_;
     std::vector<any_regular_t> values_;
+    std::vector<Action> actions_;
+    int tallestIcon_ = 0;
 };
 
 /// A `[min, max]` pair or a dictionary with "min_value" and "max_value".

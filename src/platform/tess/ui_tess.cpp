@@ -133,6 +133,7 @@ void UI_Tess::Build(const vorlen::widget_description_t& widget, UI_TessViewHolde
         }
         adapter->SetTypeName(widget.name.c_str());
         adapter->AdjustAttributes(attributes);
+        adapter->SetRequestedSize(attributes.width(), attributes.height());
         std::string identifier;
         if (widget.name != name_t("layout_script"_name) &&
             vorlen::get_value(widget.arguments, "identifier"_name, identifier))

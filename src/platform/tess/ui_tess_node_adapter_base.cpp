@@ -34,9 +34,9 @@ std::pair<int, int> UI_TessNodeAdapterBase::GetNaturalSize() const {
 }
 
 void UI_TessNodeAdapterBase::measure(vorlen::extents_t& result) {
-    const auto [width, height] = GetNaturalSize();
-    result.width() = width;
-    result.height() = height;
+    const std::pair<int, int> natural = GetNaturalSize();
+    result.width() = requested_.first > 0 ? requested_.first : natural.first;
+    result.height() = requested_.second > 0 ? requested_.second : natural.second;
 }
 
 void UI_TessNodeAdapterBase::place(const vorlen::place_data_t& place) {

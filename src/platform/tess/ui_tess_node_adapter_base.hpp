@@ -42,6 +42,10 @@ public:
     /// widget may fill in what it needs by default (a separator fills its row).
     virtual void AdjustAttributes(vorlen::layout_attributes_t& attributes) const;
 
+    /// The `width` and `height` the script asked for; each that is above 0 replaces the
+    /// natural length on its axis (a container still grows to hold its children).
+    void SetRequestedSize(int width, int height) { requested_ = {width, height}; }
+
     void SetTessIterator(vorlen::tess_t::iterator it) { iterator_ = it; }
     vorlen::tess_t::iterator GetTessIterator() const { return iterator_; }
 
@@ -64,6 +68,7 @@ private:
     FactoryToken token_;
     vorlen::tess_t::iterator iterator_;
     std::string typeName_;
+    std::pair<int, int> requested_{0, 0};
 };
 
 /// The base of adapters of widgets that the engine does not know itself, made by the client

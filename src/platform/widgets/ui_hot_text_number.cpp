@@ -138,8 +138,16 @@ std::string UI_HotTextNumber::FormatValue(double value) const {
         return placeholder_;
     if (std::isinf(value))
         return value > 0 ? "inf" : "-inf";
+    // A digits count caps the digits shown: the places after the point give way as the whole
+    // part grows (200.00, 1000.0, 10000), so that the number keeps the width it was given.
+    int places = decimalPlaces_;
+    if (digits_ > 0 && places > 0) {
+        char whole[400];
+        const int wholeDigits = std::snprintf(whole, sizeof whole, "%.0f", std::abs(value));
+        places = std::clamp(digits_ - wholeDigits, 0, places);
+    }
     char buffer[400];
-    std::snprintf(buffer, sizeof buffer, "%.*f", decimalPlaces_, value);
+    std::snprintf(buffer, sizeof buffer, "%.*f", places, value);
     std::string text = buffer;
     bool negative = !text.empty() && text.front() == '-';
     if (negative) {

@@ -1,7 +1,10 @@
 #include "platform/widgets/ui_radio_button.hpp"
 
 #include "platform/draw/penrig.hpp"
+#include "platform/skins/control_drawing.hpp"
 #include "platform/skins/skins.hpp"
+
+#include <cmath>
 
 namespace qorui {
 
@@ -9,8 +12,38 @@ UI_RadioButton::UI_RadioButton(std::string text) : UI_Checkbox(std::move(text)) 
     SetButtonBehavior(kButtonBehaviorSetOn);
 }
 
+void UI_RadioButton::SetButtonStyle(bool buttonStyle) {
+    buttonStyle_ = buttonStyle;
+    EmitInvalidate();
+}
+
+float UI_RadioButton::GetButtonStyleWidth() const {
+    return std::ceil(control_drawing::MeasureText(GetText(), GetFont()).width) + 16.0f;
+}
+
+void UI_RadioButton::DrawButtonStyle(Penrig* penrig) {
+    const skins::Palette& palette = skins::GetPalette();
+    const RectT<float> bounds = GetBounds();
+    skins::FaceState face;
+    face.pressed = GetDownState();
+    face.hovered = GetStateFlags().IsSet(kStateHovered);
+    face.selected = IsChecked();
+    face.enabled = !IsDisabled();
+    face.focused = HasFocus() && !GetSuppressFocusDrawing();
+    skins::DrawButtonFace(*penrig, bounds.Inset(0.5f, 0.5f), face);
+    penrig->SetFont(GetFont());
+    penrig->SetColor(IsDisabled()  ? palette.disabledText
+                     : IsChecked() ? control_drawing::GetSelectedFaceMarkColor()
+                                   : palette.buttonText);
+    penrig->DrawText(GetText(), bounds.Inset(4, 0), penrig::HorizontalAlignment::kCenter);
+}
+
 void UI_RadioButton::DrawContent(Penrig* penrig, const RectT<float>& rect) {
     (void)rect;
+    if (buttonStyle_) {
+        DrawButtonStyle(penrig);
+        return;
+    }
     const skins::Palette& palette = skins::GetPalette();
     const RectT<float> box = GetMarkRect();
     const bool on = IsChecked();

@@ -9,7 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <stdexcept>
+#include <vector>
 
 using namespace qorui;
 using qorcore::ColorRGBA;
@@ -200,6 +202,38 @@ TEST(ContextMenuTest, MenuStaysInsideTheWindowAndEmptyMenusDoNotOpen) {
     EXPECT_EQ(UI_DoContextMenu(empty, *scene.host, {5, 5}), 0);
     auto loose = qorcore::MakeIntrusive<UI_Node>();
     EXPECT_THROW(UI_DoContextMenu(*scene.menu, *loose, {0, 0}), std::invalid_argument);
+}
+
+TEST(ContextMenuTest, TheStyleMeasuresRowsAndTheIconColumnAndBadSizesTakeTheLook) {
+    MenuScene scene;
+    EXPECT_TRUE(scene.menu->SetItemIcon(10, penrig::Image::Create(24, 30)));
+    EXPECT_FALSE(scene.menu->SetItemIcon(99, penrig::Image::Create(24, 30)));
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float inf = std::numeric_limits<float>::infinity();
+    struct Case {
+        OS_Menu::Style style;
+        float rowHeight, iconColumn;
+    };
+    const std::vector<Case> cases = {
+        {{}, 34, 28}, // as tall as the tallest picture and 4; as wide as the widest and 4
+        {{.itemHeight = 18.4f, .iconColumnWidth = 40}, 18, 40},
+        {{.itemHeight = nan, .fontSize = -3, .checkColumnWidth = inf, .iconColumnWidth = -1},
+         34,
+         28},
+        {{.itemHeight = 1e9f}, 1000, 28},
+    };
+    for (const Case& c : cases) {
+        scene.menu->SetStyle(c.style);
+        RectT<float> row;
+        qorui::testing::ScopedModalResponder responder([&](UI_ModalOverlay& overlay) {
+            auto& menu = dynamic_cast<UI_MenuOverlay&>(overlay);
+            row = menu.GetItemRect(0);
+            EXPECT_LE(menu.GetPanelRect().width, 300.0f) << "no column wider than the window";
+        });
+        scene.window.Click(40, 40, MouseButton::kRight);
+        EXPECT_EQ(row.height, c.rowHeight) << c.style.itemHeight;
+        EXPECT_EQ(scene.menu->GetIconColumnWidth(), c.iconColumn) << c.style.iconColumnWidth;
+    }
 }
 
 void CheckMenuGolden(skins::Skin skin, float scale) {

@@ -104,9 +104,11 @@ TEST(RulerTicksTest, LinearTicksAreRoundAndReadableForAnyRange) {
     ruler->SetValueRange(100.0, 0.0);
     EXPECT_EQ(ruler->GetMajorValues(), (std::vector<double>{0, 20, 40, 60, 80, 100}));
     EXPECT_EQ(ruler->GetMajorPixels(), (std::vector<int>{400, 320, 240, 160, 80, 0}));
-    // A step factor of 3 spreads them.
-    ruler->SetStepFactor(3.0);
+    // A step factor asks for that many pixels at least; fewer than a label needs change nothing.
+    ruler->SetStepFactor(150.0);
     EXPECT_EQ(ruler->GetMajorValues(), (std::vector<double>{0, 50, 100}));
+    ruler->SetStepFactor(4.0);
+    EXPECT_EQ(ruler->GetMajorValues(), (std::vector<double>{0, 20, 40, 60, 80, 100}));
     ruler->SetStepFactor(1.0);
     // Small, odd and huge ranges: round steps and enough room, vertical and horizontal.
     struct Case {

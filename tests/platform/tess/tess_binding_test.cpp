@@ -106,7 +106,8 @@ TEST(TessBinding, ChoicesTextsAndNumbersShowTheirCells) {
     choice.ChooseItem(0);
     EXPECT_EQ(scene.Get("choice"), any_regular_t(name_t("low")));
     scene.Set("choice", any_regular_t(name_t("neither")));
-    EXPECT_TRUE(choice.IsValueUnknown()) << "a value no item has shows no item";
+    EXPECT_EQ(choice.GetSelectedIndex(), -1);
+    EXPECT_EQ(choice.GetDisplayedText(), "") << "a value no item has shows no item";
 
     EXPECT_EQ(As<qorui::UI_StaticText>(scene.Control("Caption")).GetText(), "Caption")
         << "an argument may read the layout's own cells";
@@ -331,3 +332,43 @@ output:
 }
 
 } // namespace
+
+TEST(TessBinding, ACellThatARelationFillsKeepsItsControlEnabled) {
+    // Both knobs feed the result through one relation; whichever the relation fills now, the
+    // user may turn either.
+    TessScene scene(R"(sheet R {
+interface:
+    a: 1;
+    b: 2;
+logic:
+    relate { a <== b / 2; b <== a * 2; }
+output:
+    result <== a + b;
+})",
+                    R"(layout R { view subview() {
+    knob(identifier: 'A', bind: @a, value_range: [0, 10]);
+    knob(identifier: 'B', bind: @b, value_range: [0, 10]);
+} })");
+    for (const char* first : {"a", "b"}) {
+        scene.Set(first, any_regular_t(4.0));
+        EXPECT_TRUE(scene.Control("A").IsEnabled()) << first;
+        EXPECT_TRUE(scene.Control("B").IsEnabled()) << first;
+    }
+}
+
+TEST(TessBinding, AWidthOrHeightTheScriptAsksForReplacesTheNaturalOne) {
+    TessScene scene(R"(sheet S { interface: on: true; })", R"(layout S {
+view subview(spacing: 0) {
+    row(height: 30, child_vertical: @align_center) { checkbox(identifier: 'Centred', bind: @on); }
+    checkbox(identifier: 'Fixed', bind: @on, width: 120, height: 24);
+    checkbox(identifier: 'Natural', bind: @on);
+} })");
+    const auto centred = scene.Control("Centred").GetFrame();
+    EXPECT_EQ(centred.y, std::floor((30.0f - centred.height) / 2));
+    const auto fixed = scene.Control("Fixed").GetFrame();
+    EXPECT_EQ(fixed.y, 30.0f) << "the row below is as tall as asked";
+    EXPECT_EQ(fixed.width, 120.0f);
+    EXPECT_EQ(fixed.height, 24.0f);
+    EXPECT_EQ(scene.Control("Natural").GetFrame().y, 54.0f);
+    EXPECT_LT(scene.Control("Natural").GetFrame().width, 120.0f);
+}

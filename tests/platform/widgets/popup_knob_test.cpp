@@ -115,6 +115,26 @@ TEST_F(Popups, APressOpensTheMenuAndTheChoiceIsTheValue) {
     EXPECT_EQ(recorder.changed, 2);
 }
 
+TEST_F(Popups, CommandItemsAreNeverTheValueAndKeysPassOverThem) {
+    ControlRecorder recorder(*popup);
+    std::vector<int> commands;
+    popup->SetCommandHandler([&](int index) { commands.push_back(index); });
+    popup->SetValue(1);
+    popup->SetItemCommand(1, true);
+    EXPECT_EQ(popup->GetValue(), -1.0) << "the chosen item became a command";
+    popup->SetValue(1);
+    EXPECT_EQ(popup->GetValue(), -1.0);
+    EXPECT_FALSE(popup->SetValueString("Logarithmic"));
+    popup->ChooseItem(1);
+    EXPECT_EQ(popup->GetValue(), -1.0);
+    ASSERT_TRUE(popup->UI_RequestFocus());
+    window.PressKey(KeyboardCode::kDown);
+    window.PressKey(KeyboardCode::kDown);
+    EXPECT_EQ(popup->GetValue(), 3.0) << "over the command and the separator";
+    EXPECT_EQ(commands, (std::vector<int>{1}));
+    EXPECT_EQ(recorder.changedValues, (std::vector<double>{0, 3}));
+}
+
 TEST(Knob, DragKeysWheelAndDoubleClick) {
     HeadlessWindow window(200, 200);
     auto knob = qorcore::MakeIntrusive<UI_Knob>();
