@@ -2,6 +2,7 @@
 // the painter, switched on and off and stopped when the graph goes, the drawn response against
 // the level of sines that really went through the filter, and a curve over the live spectrum of
 // the reference host's test signal against its goldens in both looks at 1x and 2x.
+#include "../audio/audio_test_helpers.hpp"
 #include "fft_filter_scene.hpp"
 #include "golden_image.hpp"
 
@@ -49,22 +50,13 @@ std::vector<float> RunFilter(FFTFilter& filter, qorui::HeadlessWindow& window,
     return left;
 }
 
-std::vector<float> Sine(double hz, std::size_t length, double amplitude = 0.5) {
-    std::vector<float> out(length);
-    for (std::size_t i = 0; i < length; ++i)
-        out[i] = float(amplitude * std::sin(2.0 * std::numbers::pi * hz * double(i) / kRate));
-    return out;
+std::vector<float> Sine(double hz, std::size_t length) {
+    return audiotest::Sine(hz, 0.5, kRate, length);
 }
 
-/// The amplitude of the component at `hz` over the last `count` samples, by correlation.
+/// The amplitude of the component at `hz` over the last `count` samples.
 double AmplitudeAt(const std::vector<float>& signal, double hz, std::size_t count) {
-    double re = 0.0, im = 0.0;
-    for (std::size_t i = signal.size() - count; i < signal.size(); ++i) {
-        const double phase = 2.0 * std::numbers::pi * hz * double(i) / kRate;
-        re += signal[i] * std::cos(phase);
-        im += signal[i] * std::sin(phase);
-    }
-    return 2.0 * std::hypot(re, im) / double(count);
+    return audiotest::AmplitudeAt(signal, hz, kRate, signal.size() - count, count);
 }
 
 /// The meter the filter feeds now, taken off and put back.

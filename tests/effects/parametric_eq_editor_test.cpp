@@ -3,6 +3,7 @@
 // gesture per parameter, follows the range switch on curve and spectrum, draws the response the
 // filter applies (against sines measured through it), and draws like its goldens over the live
 // test signal.
+#include "../audio/audio_test_helpers.hpp"
 #include "fft_filter_scene.hpp"
 #include "golden_image.hpp"
 
@@ -143,6 +144,13 @@ TEST(ParametricEQEditor, DraggingANodeMovesItsFieldsInOneGesturePerParameter) {
         EXPECT_GT(end.first, start.first * 1.1);
         EXPECT_NEAR(scene.Number(row.frequencyField), end.first, 1e-3 * end.first);
         EXPECT_NEAR(eq->GetParameterValue(row.frequencyParameter), FrequencyValue(end.first), 1e-6);
+        if (row.node == 2) {
+            // The curve follows: a band reaches its gain at its centre (the other bands are flat).
+            const std::vector<double>& drawn = scene.Curve().GetResponseData(0);
+            ASSERT_EQ(drawn.size(), 570u);
+            const double at = std::log(end.first / 20.0) / std::log(kNyquist / 20.0) * 570.0;
+            EXPECT_NEAR(drawn[std::size_t(std::lround(at))], end.second, 0.3);
+        }
         if (row.gainField) {
             EXPECT_GT(end.second, start.second + 3.0);
             EXPECT_NEAR(scene.Number(row.gainField), end.second, 1e-4);
@@ -199,17 +207,6 @@ TEST(ParametricEQEditor, ASlopeNoRowOffersShowsNoRow) {
     EXPECT_EQ(scene.Find<qorui::UI_Popup>("LowPassSlope").GetSelectedIndex(), 6) << "48 dB/oct";
 }
 
-/// The amplitude of the component at `hz` over the last `count` samples, by correlation.
-double AmplitudeAt(const std::vector<float>& signal, double hz, std::size_t count) {
-    double re = 0.0, im = 0.0;
-    for (std::size_t i = signal.size() - count; i < signal.size(); ++i) {
-        const double phase = 2.0 * std::numbers::pi * hz * double(i) / kRate;
-        re += signal[i] * std::cos(phase);
-        im += signal[i] * std::sin(phase);
-    }
-    return 2.0 * std::hypot(re, im) / double(count);
-}
-
 TEST(ParametricEQEditor, TheDrawnResponseIsTheGainOfSinesThroughTheFilter) {
     auto eq = MakeEQ();
     const std::pair<int, float> settings[] = {
@@ -235,15 +232,15 @@ TEST(ParametricEQEditor, TheDrawnResponseIsTheGainOfSinesThroughTheFilter) {
         for (int i = 0; i < ParametricEQ::kParameterCount; ++i)
             through->StoreValue(i, eq->GetParameterValue(i));
         through->UpdateFromParameters();
-        std::vector<float> signal(188 * 512), left(signal.size()), right(signal.size());
-        for (std::size_t i = 0; i < signal.size(); ++i)
-            signal[i] = float(0.25 * std::sin(2.0 * std::numbers::pi * hz * double(i) / kRate));
+        const std::vector<float> signal = audiotest::Sine(hz, 0.25, kRate, 188 * 512);
+        std::vector<float> left(signal.size()), right(signal.size());
         for (std::size_t first = 0; first < signal.size(); first += 512) {
             const float* inputs[2] = {signal.data() + first, signal.data() + first};
             float* outputs[2] = {left.data() + first, right.data() + first};
             through->Process(inputs, outputs, 2, 512);
         }
-        const double measured = 20.0 * std::log10(AmplitudeAt(left, hz, 48000) / 0.25);
+        const double measured = audiotest::Decibels(
+            audiotest::AmplitudeAt(left, hz, kRate, left.size() - 48000, 48000) / 0.25);
         EXPECT_NEAR(drawn[index], measured, 0.1) << hz << " Hz";
     }
 }

@@ -457,13 +457,7 @@ void FFTFilter::Process(const float* const* inputs, float* const* outputs, std::
     process_state_t& p = *process_;
     if (meter_)
         meter_->ProcessBlock(inputs, channelCount, frameCount);
-    for (std::size_t c = GetChannelCount(); c < channelCount; ++c) {
-        if (!inputs[c])
-            std::fill_n(outputs[c], frameCount, 0.0f);
-        else if (outputs[c] != inputs[c])
-            std::copy_n(inputs[c], frameCount, outputs[c]);
-    }
-    const std::size_t channels = std::min(channelCount, GetChannelCount());
+    const std::size_t channels = PassExtraChannels(inputs, outputs, channelCount, frameCount);
 
     std::size_t done = 0;
     while (done < frameCount) {

@@ -578,13 +578,7 @@ void ParametricEQ::Process(const float* const* inputs, float* const* outputs,
     state_t& s = *state_;
     if (meterActive_.load(std::memory_order_acquire))
         meter_->ProcessBlock(inputs, channelCount, frameCount);
-    for (std::size_t c = GetChannelCount(); c < channelCount; ++c) {
-        if (!inputs[c])
-            std::fill_n(outputs[c], frameCount, 0.0f);
-        else if (outputs[c] != inputs[c])
-            std::copy_n(inputs[c], frameCount, outputs[c]);
-    }
-    const std::size_t channels = std::min(channelCount, GetChannelCount());
+    const std::size_t channels = PassExtraChannels(inputs, outputs, channelCount, frameCount);
 
     const float* in[kMaxChannels];
     float* out[kMaxChannels];

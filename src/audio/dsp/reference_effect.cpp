@@ -20,6 +20,18 @@ ReferenceEffect::ReferenceEffect(std::vector<qoraudiofilterhost::ParameterDescri
     SetBuses(buses, buses);
 }
 
+std::size_t ReferenceEffect::PassExtraChannels(const float* const* inputs, float* const* outputs,
+                                               std::size_t channelCount,
+                                               std::size_t frameCount) const {
+    for (std::size_t c = channelCount_; c < channelCount; ++c) {
+        if (!inputs[c])
+            std::fill_n(outputs[c], frameCount, 0.0f);
+        else if (outputs[c] != inputs[c])
+            std::copy_n(inputs[c], frameCount, outputs[c]);
+    }
+    return std::min(channelCount, channelCount_);
+}
+
 bool ReferenceEffect::PrepareParameterSync() {
     ParameterStoreFilter::PrepareParameterSync();
     UpdateFromParameters();

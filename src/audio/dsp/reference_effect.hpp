@@ -35,6 +35,12 @@ public:
     // AudioFilter: the editor's sync is a chance to take over such changes.
     bool PrepareParameterSync() override;
 
+protected:
+    /// Channels past the effect's own count pass through unchanged (a null input is silence);
+    /// returns how many channels the effect itself processes.
+    std::size_t PassExtraChannels(const float* const* inputs, float* const* outputs,
+                                  std::size_t channelCount, std::size_t frameCount) const;
+
 private:
     std::size_t channelCount_;
 };
