@@ -1,15 +1,22 @@
 // The reference audio side: the FFT filter per second of stereo audio at three block sizes,
 // against the bare forward and inverse transforms those blocks need (the peer: what any
 // overlap-add filter of that size must spend); the spectrum meter per second of audio; a
-// curve rebuild; a response for the graph. The parametric EQ per block of stereo, against a
-// plain loop of as many float biquads.
+// curve rebuild; a response for the graph. The loudness meter per second of stereo, against the
+// library adding the same frames with nothing read back. The parametric EQ per block of stereo,
+// against a plain loop of as many float biquads.
 
 #include "audio/dsp/fft_filter.hpp"
+#ifndef QAFUI_LOUDNESS_METER_PROXY
+#include "audio/dsp/loudness_meter.hpp"
+#endif
 #include "audio/dsp/parametric_eq.hpp"
 #include "audio/dsp/real_fft.hpp"
 #include "audio/dsp/spectrum_meter_dsp.hpp"
 
 #include <benchmark/benchmark.h>
+#ifndef QAFUI_LOUDNESS_METER_PROXY
+#include <ebur128.h>
+#endif
 
 #include <algorithm>
 #include <cmath>
@@ -101,6 +108,37 @@ void BM_SpectrumMeterSecondOfStereo(benchmark::State& state) {
             meter->ProcessBlock(channels, 2, kBlock);
 }
 BENCHMARK(BM_SpectrumMeterSecondOfStereo)->Arg(3)->Arg(6)->Unit(benchmark::kMillisecond);
+
+#ifndef QAFUI_LOUDNESS_METER_PROXY
+// The loudness meter measuring a second of stereo in 512-frame blocks, publishing after each.
+void BM_LoudnessMeterSecondOfStereo(benchmark::State& state) {
+    qoraudiofilters::LoudnessMeter meter(kRate, 2);
+    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
+    std::vector<float> outLeft(kBlock), outRight(kBlock);
+    const float* inputs[] = {left.data(), right.data()};
+    float* outputs[] = {outLeft.data(), outRight.data()};
+    for (auto _ : state) {
+        for (std::size_t done = 0; done < std::size_t(kRate); done += kBlock)
+            meter.Process(inputs, outputs, 2, kBlock);
+        benchmark::DoNotOptimize(outLeft.data());
+    }
+}
+BENCHMARK(BM_LoudnessMeterSecondOfStereo)->Unit(benchmark::kMillisecond);
+
+// The peer: the library in the same modes, fed the same blocks already interleaved.
+void BM_BareLoudnessSecondOfStereo(benchmark::State& state) {
+    ebur128_state* st =
+        ebur128_init(2, 48000,
+                     EBUR128_MODE_M | EBUR128_MODE_S | EBUR128_MODE_I | EBUR128_MODE_LRA |
+                         EBUR128_MODE_TRUE_PEAK | EBUR128_MODE_HISTOGRAM);
+    const std::vector<float> interleaved = Noise(2 * kBlock);
+    for (auto _ : state)
+        for (std::size_t done = 0; done < std::size_t(kRate); done += kBlock)
+            ebur128_add_frames_float(st, interleaved.data(), kBlock);
+    ebur128_destroy(&st);
+}
+BENCHMARK(BM_BareLoudnessSecondOfStereo)->Unit(benchmark::kMillisecond);
+#endif
 
 // A point moved at 32768 points with splines: new gains for 16385 bins.
 void BM_FFTFilterCurveRebuild(benchmark::State& state) {

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -98,6 +99,10 @@ std::string lower_extension(const std::string& path) {
 
 /// Checks one file; true when it is good.
 bool check_file(const std::string& path) {
+    if (std::error_code error; std::filesystem::is_directory(path, error)) {
+        std::cerr << path << ": " << read_failure(path) << "\n";
+        return false;
+    }
     const std::string extension = lower_extension(path);
     const checker_t* checker = nullptr;
     for (const checker_t& row : checkers)
@@ -113,7 +118,7 @@ bool check_file(const std::string& path) {
     }
     const std::optional<std::string> text = read_file(path);
     if (!text) {
-        std::cerr << path << ": cannot read the file\n";
+        std::cerr << path << ": " << read_failure(path) << "\n";
         return false;
     }
     try {

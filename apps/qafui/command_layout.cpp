@@ -74,7 +74,7 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
 
     const std::optional<std::string> text = read_file(file);
     if (!text) {
-        std::cerr << "qafui layout: cannot read '" << file << "'\n";
+        std::cerr << "qafui layout: " << file << ": " << read_failure(file) << "\n";
         return 1;
     }
 

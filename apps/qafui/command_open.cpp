@@ -24,10 +24,12 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <exception>
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -35,6 +37,13 @@
 namespace qafui::cli {
 
 namespace {
+
+bool has_display() {
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "SDL_VIDEODRIVER"})
+        if (const char* value = std::getenv(variable); value && *value)
+            return true;
+    return false;
+}
 
 const char usage_text[] =
     "usage: qafui open EFFECT [--scale 1|2] [--skin classic|v7] [--input FILE] [--seconds S]\n"
@@ -174,6 +183,12 @@ int run(const command_t& command, const std::vector<std::string>& all_arguments)
     try {
         live_editor_t editor(*effect, qafhost::ProcessHost::Clock::kRealTime, input,
                              options.parameters, std::move(tap));
+        // Without a display the window system falls back to drawing nowhere, and the editor
+        // would run unseen until killed.
+        if (!has_display())
+            throw std::runtime_error("no display to open a window on (DISPLAY and "
+                                     "WAYLAND_DISPLAY are not set); `qafui render` and "
+                                     "`qafui describe` work without one");
         const auto size = editor.view()->GetFrame();
         qorui::SdlWindow window(std::string("qafui - ") + effect->name,
                                 std::max(1, int(std::ceil(size.width))),

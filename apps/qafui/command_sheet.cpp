@@ -3,6 +3,7 @@
 // Builds a sheet from a script and runs rounds on it, step by step, as an editor would.
 
 #include "command.hpp"
+#include "script_files.hpp"
 
 #include "core/any_regular.hpp"
 #include "core/expression/parser.hpp"
@@ -158,13 +159,14 @@ int run(const command_t& command, const std::vector<std::string>& arguments) {
     if (file.empty())
         return usage_error(command, "no FILE given");
 
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream) {
-        std::cerr << file << ": cannot read the file\n";
+    const std::optional<std::string> text = read_file(file);
+    if (!text) {
+        std::cerr << "qafui sheet: " << file << ": " << read_failure(file) << "\n";
         return 1;
     }
     try {
         vorlen::sheet_t sheet;
+        std::istringstream stream(*text);
         vorlen::parse_sheet_script(stream, vorlen::name_t(file.c_str()), sheet);
         std::vector<vorlen::sheet_t::connection_t> connections;
         for (const step_t& step : steps)

@@ -21,12 +21,25 @@ std::string with_case(std::string text, int (*convert)(int)) {
 } // namespace
 
 std::optional<std::string> read_file(const std::filesystem::path& path) {
+    // A folder opens as a stream on some systems and reads as nothing: it is no script.
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error))
+        return std::nullopt;
     std::ifstream in(path, std::ios::binary);
     if (!in)
         return std::nullopt;
     std::ostringstream text;
     text << in.rdbuf();
     return text.str();
+}
+
+std::string read_failure(const std::filesystem::path& path) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error))
+        return "is a folder, not a file";
+    if (!std::filesystem::exists(path, error))
+        return "no such file";
+    return "cannot read the file";
 }
 
 vorlen::layout_reader_options_t layout_file_options(const std::string& file) {

@@ -150,7 +150,11 @@ TessLevelMeterAdapter::TessLevelMeterAdapter(const dictionary_t& arguments, qoru
     AddToParent();
 
     qormarltess::Assemblage& assemblage = token.GetAssemblage();
-    if (const name_t cell = Cell(arguments, "loudness_valid"_name)) {
+    // A cell to follow, or a plain boolean that sets the state once.
+    if (const auto found = arguments.find("loudness_valid"_name);
+        found != arguments.end() && found->second.is<bool>()) {
+        meter_->SetLoudnessValid(found->second.cast<bool>());
+    } else if (const name_t cell = Cell(arguments, "loudness_valid"_name)) {
         qorui::UI_LevelMeterView* meter = meter_.get();
         assemblage.BindView(cell,
                             [meter](const any_regular_t& v) { meter->SetLoudnessValid(IsOn(v)); });

@@ -7,13 +7,15 @@ namespace qoraudiofiltersui {
 
 namespace {
 
-// The proxy stands in for the loudness meter wherever the meter's own view is missing, which is
-// everywhere until that view is built.
+#ifdef QAFUI_LOUDNESS_METER_PROXY
+// The proxy stands in for the loudness meter in a build without the meter (the option
+// QAFUI_LOUDNESS_METER off).
 const EditorClassRegistration
     registration("LoudnessMeter", [](std::shared_ptr<AudioFilter> filter) {
         return IntrusivePtr<AudioFilterEditorViewBase>(
             LoudnessMeterProxyEditorView::Create(std::move(filter)));
     });
+#endif
 
 } // namespace
 

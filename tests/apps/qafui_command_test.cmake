@@ -81,3 +81,21 @@ expect(0 "column\\(left: 0, top: 0, width: 70, height: 22, .*, guides: \\[30\\],
        "^$" layout guides.tss --guides)
 file(WRITE ${WORK}/badguide.tss "layout G { view column() { a(width: 5, guides: [9]); } }\n")
 expect(1 "^$" "badguide.tss:1:[0-9]+: 'guides' takes an array of ascending offsets" layout badguide.tss --guides)
+
+# A folder given for a script is named as such by every reader; open without a display says so
+# and stops instead of running unseen.
+file(MAKE_DIRECTORY ${WORK}/folder.mrl)
+expect(1 "^$" "qafui sheet: folder.mrl: is a folder, not a file\n" sheet folder.mrl)
+expect(1 "^$" "qafui layout: folder.mrl: is a folder, not a file\n" layout folder.mrl)
+expect(1 "^$" "folder.mrl: is a folder, not a file\n" check folder.mrl)
+expect(1 "^$" "qafui sheet: nosuch.mrl: no such file\n" sheet nosuch.mrl)
+set(display "$ENV{DISPLAY}")
+set(wayland "$ENV{WAYLAND_DISPLAY}")
+set(driver "$ENV{SDL_VIDEODRIVER}")
+unset(ENV{DISPLAY})
+unset(ENV{WAYLAND_DISPLAY})
+unset(ENV{SDL_VIDEODRIVER})
+expect(1 "^$" "qafui open: VocalEnhancer: no display to open a window on" open VocalEnhancer --seconds 1)
+set(ENV{DISPLAY} "${display}")
+set(ENV{WAYLAND_DISPLAY} "${wayland}")
+set(ENV{SDL_VIDEODRIVER} "${driver}")

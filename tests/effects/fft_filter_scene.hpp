@@ -12,6 +12,7 @@
 #include "platform/panels/ui_static_text.hpp"
 #include "platform/ui/headless_window.hpp"
 
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -101,9 +102,17 @@ public:
         view = qorcore::IntrusivePtr<View>(dynamic_cast<View*>(made.get()));
         if (!view)
             throw std::runtime_error(std::string("the registry made no such editor for ") + guid);
-        window = std::make_unique<qorui::HeadlessWindow>(view->GetFrame().width,
-                                                         view->GetFrame().height, scale);
-        window->AddNode(view);
+        Show(scale);
+    }
+    /// An editor made by `make` rather than by the registry (a class the registry does not
+    /// choose in this build).
+    EditorScene(const std::function<qorcore::IntrusivePtr<View>(
+                    std::shared_ptr<qoraudiofilterhost::AudioFilter>)>& make,
+                std::shared_ptr<qoraudiofilterhost::AudioFilter> theFilter, float scale = 1.0f)
+        : supplier(scale), filter(std::move(theFilter)) {
+        qoraudiofiltersui::Initialize(&supplier);
+        view = make(filter);
+        Show(scale);
     }
     ~EditorScene() {
         window->GetRoot()->RemoveAllChildren();
@@ -128,6 +137,11 @@ public:
     }
     /// One editor tick.
     void Tick() { window->AdvanceTime(0.01); }
+    void Show(float scale) {
+        window = std::make_unique<qorui::HeadlessWindow>(view->GetFrame().width,
+                                                         view->GetFrame().height, scale);
+        window->AddNode(view);
+    }
 
     qorui::penrig::CairoSupplier supplier;
     std::shared_ptr<qoraudiofilterhost::AudioFilter> filter;

@@ -51,8 +51,15 @@ TEST(VocalEnhancer, TheRegistryMakesItsOwnClassAndTheModeIsParameterZero) {
     EXPECT_TRUE(editor.Find<qorui::UI_RadioButton>("Music").IsChecked());
 }
 
+using HostView = qoraudiofilterhostui::AudioFilterEditorViewBase;
+
+/// The proxy as a build without the loudness meter registers it.
+qorcore::IntrusivePtr<HostView> MakeProxy(std::shared_ptr<qoraudiofilterhost::AudioFilter> filter) {
+    return LoudnessMeterProxyEditorView::Create(std::move(filter));
+}
+
 TEST(LoudnessMeterProxy, StandsInForTheMeterWithItsOneText) {
-    EditorScene<LoudnessMeterProxyEditorView> editor(kLoudnessMeter, ModeFilter());
+    EditorScene<HostView> editor(MakeProxy, ModeFilter());
     EXPECT_EQ(qafui_testing::StaticTexts(*editor.view),
               std::vector<std::string>{
                   "The Loudness Radar is currently not available on this platform."});
@@ -64,12 +71,14 @@ class SmallEditorsGolden
 TEST_P(SmallEditorsGolden, DrawLikeTheirGoldens) {
     const auto [guid, scale, skin] = GetParam();
     skins::ScopedSkin look(skin);
-    EditorScene<qoraudiofilterhostui::AudioFilterEditorViewBase> editor(guid, ModeFilter(), scale);
-    editor.window->RenderAll();
+    auto editor = guid == kVocalEnhancer
+                      ? std::make_unique<EditorScene<HostView>>(guid, ModeFilter(), scale)
+                      : std::make_unique<EditorScene<HostView>>(MakeProxy, ModeFilter(), scale);
+    editor->window->RenderAll();
     const std::string name =
         std::string(guid == kVocalEnhancer ? "vocal_enhancer_" : "loudness_meter_proxy_") +
         (skin == skins::Skin::kV7 ? "v7" : "classic") + (scale == 2.0f ? "_2x" : "_1x");
-    EXPECT_TRUE(qafui_testing::MatchesGolden(editor.window->GetImage(), name));
+    EXPECT_TRUE(qafui_testing::MatchesGolden(editor->window->GetImage(), name));
 }
 
 INSTANTIATE_TEST_SUITE_P(Editors, SmallEditorsGolden,

@@ -23,7 +23,7 @@ expect(1 "^$" "input cell out0 does not exist\\." sheet pair.mrl --set out0=1)
 expect(1 "^$" "variable nosuch not found\\." sheet pair.mrl --update --get nosuch)
 expect(1 "^$" "Attempt to monitor nonexistent cell: nosuch" sheet pair.mrl --monitor nosuch)
 expect(1 "^$" "--set a:1:2: expected an expression" sheet pair.mrl --set a=[)
-expect(1 "^$" "nothing.mrl: cannot read the file" sheet nothing.mrl)
+expect(1 "^$" "qafui sheet: nothing.mrl: no such file" sheet nothing.mrl)
 expect(2 "^$" "no FILE given" sheet --update)
 expect(2 "^$" "unknown option '--nosuch'" sheet pair.mrl --nosuch)
 

@@ -116,10 +116,24 @@ double SpectrumMeterDSP::GetAverageTime() const {
     return averageTime_.load(std::memory_order_acquire);
 }
 
+void SpectrumMeterDSP::SetOverlap(double fraction) {
+    overlap_.store(fraction >= 0.0 ? std::min(fraction, kMaxOverlap) : kAutomaticOverlap,
+                   std::memory_order_release);
+}
+
+double SpectrumMeterDSP::GetOverlap() const {
+    return overlap_.load(std::memory_order_acquire);
+}
+
+std::size_t SpectrumMeterDSP::HopSamples(std::size_t size, double overlap) const {
+    const double hop = overlap >= 0.0
+                           ? std::round(double(size) * (1.0 - overlap))
+                           : std::min(double(size) / 2.0, std::floor(double(sampleRate_) / 30.0));
+    return std::max<std::size_t>(1, std::size_t(hop));
+}
+
 double SpectrumMeterDSP::GetHopSeconds() const {
-    const double size = GetFFTSize();
-    return std::max(1.0, std::min(size / 2.0, std::floor(double(sampleRate_) / 30.0))) /
-           double(sampleRate_);
+    return double(HopSamples(GetFFTSize(), GetOverlap())) / double(sampleRate_);
 }
 
 void SpectrumMeterDSP::TakeOverSettings() {
@@ -128,6 +142,12 @@ void SpectrumMeterDSP::TakeOverSettings() {
     const WindowType window = GetWindowType();
     const SpectrumType type = GetSpectrumType();
     a.averageTime = GetAverageTime();
+    // A new hop alone keeps the averages: the analyses just come at another pace.
+    const std::size_t hop = HopSamples(GetFFTBlockSize(sizeIndex), GetOverlap());
+    if (hop != a.hop) {
+        a.hop = hop;
+        a.sinceHop = std::min(a.sinceHop, a.hop - 1);
+    }
     if (sizeIndex == a.sizeIndex && window == a.window && type == a.type)
         return;
     const bool shapeChanged = sizeIndex != a.sizeIndex || window != a.window;
@@ -135,8 +155,6 @@ void SpectrumMeterDSP::TakeOverSettings() {
     a.window = window;
     a.type = type;
     a.size = GetFFTBlockSize(sizeIndex);
-    a.hop = std::size_t(std::lround(GetHopSeconds() * double(sampleRate_)));
-    a.hop = std::max<std::size_t>(1, a.hop);
     if (shapeChanged) {
         FillWindow(window, a.windowData.data(), a.size);
         double sum = 0.0;

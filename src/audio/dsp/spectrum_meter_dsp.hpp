@@ -80,7 +80,17 @@ public:
     void SetAverageTime(double seconds);
     double GetAverageTime() const;
 
-    /// Seconds between two analyses for the present size: half a block, at most 1/30 s.
+    /// The share of a block that two analyses in a row have in common, 0 to `kMaxOverlap`
+    /// (limited to it): the hop is the rest of the block, at least one sample. A negative value
+    /// or one that is not a number (the default, `kAutomaticOverlap`) keeps the automatic hop.
+    void SetOverlap(double fraction);
+    /// The overlap set, or `kAutomaticOverlap`.
+    double GetOverlap() const;
+    static constexpr double kAutomaticOverlap = -1.0;
+    static constexpr double kMaxOverlap = 0.9375;
+
+    /// Seconds between two analyses for the present size and overlap; the automatic hop is half
+    /// a block, at most 1/30 s.
     double GetHopSeconds() const;
 
     // The process thread
@@ -112,6 +122,8 @@ private:
     void Publish();
     void TakeOverSettings();
     void BuildBands();
+    /// Samples between two analyses of blocks of `size` at `overlap`.
+    std::size_t HopSamples(std::size_t size, double overlap) const;
 
     float sampleRate_;
     std::size_t channelCount_;
@@ -121,6 +133,7 @@ private:
     std::atomic<unsigned int> windowType_{static_cast<unsigned int>(WindowType::kHann)};
     std::atomic<unsigned int> spectrumType_{kSpectrumTypeLinear};
     std::atomic<double> averageTime_{0.0};
+    std::atomic<double> overlap_{kAutomaticOverlap};
 
     // Process thread state.
     std::unique_ptr<analysis_t> analysis_;

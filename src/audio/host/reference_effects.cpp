@@ -1,7 +1,11 @@
 #include "audio/host/reference_effects.hpp"
 
 #include "audio/dsp/fft_filter.hpp"
+#ifndef QAFUI_LOUDNESS_METER_PROXY
+#include "audio/dsp/loudness_meter.hpp"
+#endif
 #include "audio/dsp/parametric_eq.hpp"
+#include "audio/dsp/spectrum_meter.hpp"
 
 #include <algorithm>
 #include <functional>
@@ -20,9 +24,19 @@ const std::map<std::string, Factory, std::less<>>& Factories() {
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::FFTFilter>(rate, channels);
          }},
+#ifndef QAFUI_LOUDNESS_METER_PROXY
+        {"LoudnessMeter",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::LoudnessMeter>(rate, channels);
+         }},
+#endif
         {"ParametricEQ",
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::ParametricEQ>(rate, channels);
+         }},
+        {"SpectrumMeter",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::SpectrumMeter>(rate, channels);
          }},
     };
     return factories;

@@ -1,5 +1,8 @@
 #include "platform/core/localizer.hpp"
 
+#include <charconv>
+#include <cstdint>
+
 #include <mutex>
 #include <stdexcept>
 #include <vector>
@@ -40,6 +43,57 @@ Localizer& Localizer::Get() {
     return localizer;
 }
 
+namespace {
+
+void AppendUtf8(std::string& out, std::uint32_t c) {
+    if (c < 0x80) {
+        out += char(c);
+    } else if (c < 0x800) {
+        out += char(0xC0 | (c >> 6));
+        out += char(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        out += char(0xE0 | (c >> 12));
+        out += char(0x80 | ((c >> 6) & 0x3F));
+        out += char(0x80 | (c & 0x3F));
+    } else {
+        out += char(0xF0 | (c >> 18));
+        out += char(0x80 | ((c >> 12) & 0x3F));
+        out += char(0x80 | ((c >> 6) & 0x3F));
+        out += char(0x80 | (c & 0x3F));
+    }
+}
+
+/// Default texts write characters outside ASCII as "#{U+221E}"; a sequence that is no code point
+/// stays as it is.
+std::string ExpandCodePoints(std::string_view text) {
+    std::string out;
+    std::size_t at = 0;
+    while (true) {
+        const std::size_t open = text.find("#{U+", at);
+        if (open == std::string_view::npos)
+            break;
+        const std::size_t close = text.find('}', open);
+        std::uint32_t c = 0;
+        const std::string_view digits = close == std::string_view::npos
+                                            ? std::string_view()
+                                            : text.substr(open + 4, close - open - 4);
+        const auto parsed = std::from_chars(digits.data(), digits.data() + digits.size(), c, 16);
+        if (digits.empty() || digits.size() > 6 || parsed.ptr != digits.data() + digits.size() ||
+            c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) {
+            out.append(text.substr(at, open + 4 - at));
+            at = open + 4;
+            continue;
+        }
+        out.append(text.substr(at, open - at));
+        AppendUtf8(out, c);
+        at = close + 1;
+    }
+    out.append(text.substr(at));
+    return out;
+}
+
+} // namespace
+
 std::string Localizer::Localize(std::string_view text) const {
     if (text.substr(0, keyPrefix.size()) != keyPrefix)
         return std::string(text);
@@ -52,7 +106,7 @@ std::string Localizer::Localize(std::string_view text) const {
     }
     if (equal == std::string_view::npos)
         return std::string(text);
-    return std::string(text.substr(equal + 1));
+    return ExpandCodePoints(text.substr(equal + 1));
 }
 
 std::size_t Localizer::AddTable(std::string_view tableText, std::string_view tableName) {

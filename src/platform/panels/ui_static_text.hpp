@@ -31,6 +31,7 @@ public:
     void SetTruncate(bool truncate);
     /// A colour of its own; by default the look's text colour.
     void SetTextColor(std::optional<qorcore::ColorRGBA> color);
+    const std::optional<qorcore::ColorRGBA>& GetTextColor() const { return color_; }
 
     /// The width of the whole text in the control's font, measured without a window.
     float GetTextWidth() const;

@@ -585,10 +585,14 @@ ColorRGBA UI_LevelMeterView::ColorAt(float dB, const Channel& c) const {
     if (settings_.useSpectrumColors)
         return SpectrumColor((dB - settings_.minDB) / span);
     Zones z = GetZones();
-    if (kind == LevelMeterKind::kLoudness && !customColors_)
-        z.normal = look.loudness;
     const float caution = settings_.maxDB + settings_.cautionLevel;
     const float warning = settings_.maxDB + settings_.warningLevel;
+    // Loudness reads against a target: below the caution level it is too low, between the
+    // two it is in range, above the warning level too loud.
+    if (kind == LevelMeterKind::kLoudness)
+        return dB >= warning   ? z.warning
+               : dB >= caution ? z.normal
+                               : (customColors_ ? z.caution : look.loudness);
     if (!settings_.showGradient)
         return dB >= warning ? z.warning : dB >= caution ? z.caution : z.normal;
     if (dB < caution)

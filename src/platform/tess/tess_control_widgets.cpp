@@ -178,6 +178,19 @@ public:
         : LeafAdapter(parent, token) {
         text_ = IntrusivePtr<qorui::UI_StaticText>(new qorui::UI_StaticText);
         SetNode(text_);
+        // A text that changes (a live value) is sized for its `placeholder`, in its own size.
+        double fontSize = 0;
+        bool bold = false;
+        vorlen::get_value(arguments, "font_size"_name, fontSize);
+        vorlen::get_value(arguments, "bold"_name, bold);
+        if ((fontSize > 0 && fontSize < 200) || bold) {
+            qorui::penrig::Font font = text_->GetFont();
+            if (fontSize > 0 && fontSize < 200)
+                font.size = float(fontSize);
+            font.bold = bold;
+            text_->SetFont(font);
+        }
+        placeholder_ = Text(arguments, "placeholder"_name);
         std::string shown = Text(arguments, "name"_name);
         name_t cell = Cell(arguments, "bind"_name);
         if (display) {
@@ -203,10 +216,13 @@ public:
 private:
     void Measure(const std::string& text) {
         const auto [width, height] = TextSize(text, text_->GetFont());
-        SetNaturalSize(width + 1, height);
+        const int reserved =
+            placeholder_.empty() ? 0 : TextSize(placeholder_, text_->GetFont()).first;
+        SetNaturalSize(std::max(width, reserved) + 1, height);
     }
 
     IntrusivePtr<qorui::UI_StaticText> text_;
+    std::string placeholder_;
 };
 
 /// A push button writes `value` (or, without one, the value of its `bind` cell) to

@@ -80,6 +80,10 @@ IntrusivePtr<UI_QORTessRoot> UI_Tess::ParseTessScript(std::istream& stream,
     holder.layoutSheet = description.view.sheet;
     holder.GetAssemblage().AddSheet(sheet);
     holder.GetAssemblage().AddSheet(description.view.sheet);
+    // The layout's own cells publish their values only once solved; widgets bound to them
+    // (a tab group and its panels) read them as they connect.
+    if (description.view.sheet)
+        description.view.sheet->update();
     // A user's change of a cell may show or hide panels: they follow once the sheet is done.
     holder.GetAssemblage().SetAfterWrite([&holder] { holder.GetRootBehavior()(); });
     const FactoryToken token(holder, supplier_, &resources_, &images_, useSpectrumPolicy_);

@@ -45,6 +45,10 @@ TEST_F(LocalizerTest, MissingKeyGivesTheDefaultBehindTheEqualSign) {
           {"$$$/a/b=", ""},
           {"$$$/a/b", "$$$/a/b"}, // no default: the key itself
           {"Plain text = kept", "Plain text = kept"},
+          // Characters outside ASCII written as code points; what is none stays as it is.
+          {"$$$/m/i=-#{U+221E}", "-\u221E"},
+          {"$$$/m/d=#{U+B0}C #{U+1F600}", "\u00B0C \U0001F600"},
+          {"$$$/m/x=#{U+D800}#{U+ZZ}#{U+110000}#{U+41", "#{U+D800}#{U+ZZ}#{U+110000}#{U+41"},
           {"", ""}})
         EXPECT_EQ(Localize(text), shown) << text;
 }

@@ -372,3 +372,18 @@ view subview(spacing: 0) {
     EXPECT_EQ(scene.Control("Natural").GetFrame().y, 54.0f);
     EXPECT_LT(scene.Control("Natural").GetFrame().width, 120.0f);
 }
+
+TEST(TessBinding, PanelsFollowACellOfTheLayoutsOwn) {
+    TessScene scene(R"(sheet S { })", R"(layout L {
+interface: page: 0;
+view subview() {
+    tab_group(identifier: 'Tabs', bind: @page, items: [{name: 'A', value: 0}, {name: 'B', value: 1}]) {
+        optional(bind: @page, value: 0) { static_text(identifier: 'First', name: 'First page'); }
+        optional(bind: @page, value: 1) { static_text(identifier: 'Second', name: 'Second page'); }
+    }
+} })");
+    // The panels are the texts' parents.
+    EXPECT_TRUE(scene.Control("First").GetParent()->IsVisible());
+    EXPECT_FALSE(scene.Control("Second").GetParent()->IsVisible());
+    EXPECT_GT(scene.Control("First").GetFrame().height, 0.0f) << "the shown panel takes room";
+}
