@@ -209,6 +209,29 @@ TEST(LoudnessMeterEditor, SettingsAreBoundThroughTheParameterMap) {
     EXPECT_EQ(scene.Text("IntegratedUnit"), "LU");
 }
 
+TEST(LoudnessMeterEditor, LiveRepaintsLeaveWhatAWholePaintShows) {
+    // The meters repaint only their bars as readings arrive; the result must be the picture a
+    // whole paint makes.
+    LoudnessScene scene(std::make_unique<qafhost::TestSignalSource>(
+        qafhost::TestSignalSource::Kind::kMix, kRate, 2));
+    scene.window->RenderAll();
+    for (int step = 0; step < 40; ++step) {
+        scene.Play(0.1);
+        scene.window->Render();
+    }
+    const auto& image = scene.window->GetImage();
+    std::vector<std::uint32_t> live;
+    for (int y = 0; y < image.GetPixelHeight(); ++y)
+        for (int x = 0; x < image.GetPixelWidth(); ++x)
+            live.push_back(image.GetRawPixel(x, y));
+    scene.window->RenderAll();
+    std::size_t differing = 0;
+    for (int y = 0, i = 0; y < image.GetPixelHeight(); ++y)
+        for (int x = 0; x < image.GetPixelWidth(); ++x, ++i)
+            differing += image.GetRawPixel(x, y) != live[std::size_t(i)];
+    EXPECT_EQ(differing, 0u);
+}
+
 class LoudnessMeterGolden : public ::testing::TestWithParam<std::tuple<float, skins::Skin, int>> {};
 
 TEST_P(LoudnessMeterGolden, BothTabsDrawLikeTheirGoldens) {

@@ -123,9 +123,13 @@ void UI_TabGroup::UI_Draw(Penrig* p) {
     p->FillRect(panel, pal.panelBackground);
     p->FrameRect(panel, pal.listBoxBorder);
     p->SetFont(control_drawing::GetControlFont());
+    // The tabs are drawn only where the paint reaches: a live panel repaints often.
+    const RectT<float> clip = p->GetClipBounds();
     for (std::size_t i = 0; i < tabs_.size(); ++i) {
         const bool selected = int(i) == selected_;
         RectT<float> r = GetTabRect(i);
+        if (!clip.Intersects({r.x - 2, r.y - 2, r.width + 4, area.y - r.y + 6}))
+            continue;
         if (!selected)
             r = {r.x, r.y + 2, r.width, r.height - 2};
         skins::DrawButtonFace(*p, {r.x, r.y, r.width, r.height + 4}, {.selected = selected});

@@ -391,8 +391,32 @@ void UI_LevelMeterView::CommitLevels(bool force, const std::vector<float>& befor
     for (std::size_t i = 3; i < after.size() && i < before.size(); i += 4)
         clipChanged = clipChanged || before[i] != after[i];
     UpdateAnimation();
-    if (changed || force)
-        EmitInvalidate();
+    if (changed || force) {
+        // A new level redraws the bars and their clip lights; the ruler and the labels stay.
+        RectT<float> dirty;
+        for (const Channel& c : channels_)
+            for (const RectT<float>& part : {c.rect, c.clipRect})
+                if (part.width > 0 && part.height > 0)
+                    dirty = dirty.width > 0 ? dirty.Union(part) : part;
+        // Kept off the ruler, so that the repaint needs no label shaped again.
+        if (dirty.width > 0 && showRuler_ && dirty.Intersects(rulerRect_)) {
+            if (IsVertical())
+                dirty =
+                    rulerRect_.x > dirty.x
+                        ? RectT<float>::FromEdges(dirty.x, dirty.y, rulerRect_.x, dirty.Bottom())
+                        : RectT<float>::FromEdges(rulerRect_.Right(), dirty.y, dirty.Right(),
+                                                  dirty.Bottom());
+            else
+                dirty = rulerRect_.y > dirty.y
+                            ? RectT<float>::FromEdges(dirty.x, dirty.y, dirty.Right(), rulerRect_.y)
+                            : RectT<float>::FromEdges(dirty.x, rulerRect_.Bottom(), dirty.Right(),
+                                                      dirty.Bottom());
+        }
+        if (dirty.width > 0 && dirty.height > 0)
+            EmitInvalidate(dirty);
+        else
+            EmitInvalidate();
+    }
     if (clipChanged)
         clipChanged_(IsAnyClipped());
 }
@@ -699,9 +723,12 @@ void UI_LevelMeterView::UI_Draw(Penrig* penrig) {
     if (!penrig)
         return;
     const TimeStamp now = qorcore::HighPrecisionTime::GetCurrentTimeStamp();
+    // A new level dirties only the bars: the ruler's labels are shaped only when the paint
+    // reaches them.
+    const RectT<float> clip = penrig->GetClipBounds();
     for (const Channel& c : channels_)
         DrawChannel(*penrig, c, now);
-    if (showRuler_ && !channels_.empty() && !rulerRect_.IsEmpty()) {
+    if (showRuler_ && !channels_.empty() && clip.Intersects(rulerRect_)) {
         const RectT<int> rect{int(std::floor(rulerRect_.x)), int(std::floor(rulerRect_.y)),
                               int(std::ceil(rulerRect_.width)), int(std::ceil(rulerRect_.height))};
         ruler_->Draw(penrig, rect);

@@ -1,0 +1,69 @@
+// The meter editors on their reference effects, in a headless window: one update frame of the
+// loudness meter's editor (the carrier delivers new readings, the texts and four meters take
+// them, the window repaints what changed), at scale 1 and 2.
+
+#include "audio/dsp/loudness_meter.hpp"
+#include "framework/library.hpp"
+#include "platform/draw/cairo_supplier.hpp"
+#include "platform/hostui/audio_filter_view_factory_registrar.hpp"
+#include "platform/ui/headless_window.hpp"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <memory>
+#include <numbers>
+#include <vector>
+
+namespace {
+
+constexpr const char* kLoudnessMeterGuid = "43F746B7-B34E-402B-8FB4-479CF3466264";
+constexpr float kRate = 48000.0f;
+constexpr std::size_t kBlock = 512;
+
+void BM_LoudnessMeterEditorFrame(benchmark::State& state) {
+    qorui::penrig::CairoSupplier supplier(float(state.range(0)));
+    qoraudiofiltersui::Initialize(&supplier);
+    auto meter = std::make_shared<qoraudiofilters::LoudnessMeter>(kRate, 2);
+    {
+        auto view = qoraudiofilterhostui::AudioFilterViewFactoryRegistry::Get().CreateEditor(
+            kLoudnessMeterGuid, meter);
+        qorui::HeadlessWindow window(view->GetFrame().width, view->GetFrame().height,
+                                     supplier.GetScaleFactor());
+        window.AddNode(view);
+        window.RenderAll();
+        std::vector<float> left(kBlock), right(kBlock);
+        std::size_t position = 0;
+        // A programme whose level moves, so that every frame has new readings to show.
+        auto feed = [&](double seconds) {
+            for (std::size_t done = 0; done < std::size_t(seconds * kRate); done += kBlock) {
+                for (std::size_t i = 0; i < kBlock; ++i, ++position) {
+                    const double t = double(position) / kRate;
+                    const double level = 0.1 + 0.05 * std::sin(2 * std::numbers::pi * 0.3 * t);
+                    left[i] = right[i] = float(level * std::sin(2 * std::numbers::pi * 440 * t));
+                }
+                const float* inputs[2] = {left.data(), right.data()};
+                float* outputs[2] = {left.data(), right.data()};
+                meter->ProcessPostedMessages();
+                meter->Process(inputs, outputs, 2, kBlock);
+            }
+        };
+        feed(4.0);
+        window.PumpMainQueue();
+        window.Render();
+
+        for (auto _ : state) {
+            state.PauseTiming();
+            feed(0.1);
+            state.ResumeTiming();
+            window.PumpMainQueue();
+            benchmark::DoNotOptimize(window.Render());
+        }
+        window.GetRoot()->RemoveAllChildren();
+    }
+    meter->ProcessPostedMessages();
+    qoraudiofiltersui::Terminate();
+}
+BENCHMARK(BM_LoudnessMeterEditorFrame)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
+
+} // namespace
