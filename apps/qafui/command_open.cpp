@@ -8,6 +8,7 @@
 
 #include "audio/host/reference_effects.hpp"
 #include "audio/host/sound_output.hpp"
+#include "core/stream_error.hpp"
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
 #include "platform/core/connection.hpp"
@@ -216,7 +217,8 @@ int run(const command_t& command, const std::vector<std::string>& all_arguments)
         }
         window.GetRoot()->RemoveAllChildren();
     } catch (const std::exception& error) {
-        std::cerr << "qafui open: " << effect->name << ": " << error.what() << "\n";
+        std::cerr << "qafui open: " << effect->name << ": " << vorlen::format_stream_error(error)
+                  << "\n";
         status = 1;
     }
     qoraudiofiltersui::Terminate();

@@ -1,5 +1,6 @@
 #include "headless_editor.hpp"
 
+#include "core/stream_error.hpp"
 #include "framework/library.hpp"
 #include "platform/draw/cairo_supplier.hpp"
 #include "platform/skins/skins.hpp"
@@ -73,7 +74,8 @@ int with_headless_editor(const char* command, const qoraudiofiltersui::EffectEnt
         session.run();
         show(session);
     } catch (const std::exception& error) {
-        std::cerr << "qafui " << command << ": " << effect.name << ": " << error.what() << "\n";
+        std::cerr << "qafui " << command << ": " << effect.name << ": "
+                  << vorlen::format_stream_error(error) << "\n";
         status = 1;
     }
     qoraudiofiltersui::Terminate();

@@ -3,8 +3,10 @@
 #include "audio/host/file_source.hpp"
 #include "audio/host/reference_effects.hpp"
 #include "audio/host/test_signal_source.hpp"
+#include "framework/audio_filter_editor_xml_view.hpp"
 #include "framework/library.hpp"
 #include "framework/resource_manager.hpp"
+#include "platform/archive/ui_node_builder.hpp"
 #include "platform/core/main_thread_queue.hpp"
 #include "platform/hostui/audio_filter_view_factory_registrar.hpp"
 
@@ -118,6 +120,32 @@ live_editor_t::live_editor_t(const qoraudiofiltersui::EffectEntry& effect,
         effect.GetGuidText(), filter_);
     if (!view_)
         throw std::runtime_error("no editor is registered for " + effect.GetGuidText());
+    require_archive_loaded(*view_);
+}
+
+void require_archive_loaded(const qoraudiofilterhostui::AudioFilterEditorViewBase& view) {
+    // An archived editor whose archive did not load stays empty without a word, as a host
+    // wants it; here that is an error, told with the loader's first finding.
+    const auto* archived = dynamic_cast<const qoraudiofiltersui::AudioFilterEditorXMLView*>(&view);
+    if (!archived || archived->HasContent())
+        return;
+    qorui::NodeArchiveReport report;
+    const qoraudiofiltersui::ResourceManager* resources = archived->GetResourceManager();
+    qorui::UI_NodeBuilder::LoadViewFromXML(
+        [resources](std::string_view name, std::vector<char>& out) {
+            return resources && resources->GetBinary(name, "xml", out);
+        },
+        {}, archived->GetResourceName(), nullptr, {}, &report);
+    std::string why = "its archive " + archived->GetResourceName() + " made no panel";
+    if (!report.diagnostics.empty()) {
+        const qorui::NodeArchiveDiagnostic& first = report.diagnostics.front();
+        why += ": ";
+        if (!first.path.empty())
+            why += first.path + ":" + std::to_string(first.line) + ":" +
+                   std::to_string(first.column) + ": ";
+        why += first.message;
+    }
+    throw std::runtime_error(why);
 }
 
 live_editor_t::~live_editor_t() {

@@ -39,6 +39,10 @@ struct editor_readiness_t {
 /// Needs the library initialised.
 editor_readiness_t check_editor(const qoraudiofiltersui::EffectEntry& effect);
 
+/// Throws std::runtime_error when `view` is an archived editor whose archive made no panel,
+/// naming the archive and the loader's first finding (FILE:LINE:COLUMN when it has one).
+void require_archive_loaded(const qoraudiofilterhostui::AudioFilterEditorViewBase& view);
+
 /// The effect of a name or class GUID; null, with "qafui COMMAND: no effect 'x' (see qafui
 /// list)" on standard error, when there is none.
 const qoraudiofiltersui::EffectEntry* find_effect_or_report(const char* command,

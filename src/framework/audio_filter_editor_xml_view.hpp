@@ -36,6 +36,8 @@ public:
 
     const std::string& GetResourceName() const { return resourceName_; }
     const qorui::UI_NodeBuilder::NodeMap& GetNodeMap() const { return *nodeMap_; }
+    /// Whether the archive made a panel (after `Init`).
+    bool HasContent() const { return bool(contentView_); }
 
 protected:
     ~AudioFilterEditorXMLView() override;

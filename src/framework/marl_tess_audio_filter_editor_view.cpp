@@ -5,6 +5,7 @@
 #include "framework/image_provider.hpp"
 #include "framework/library.hpp"
 #include "framework/resource_manager.hpp"
+#include "platform/core/ascii_case.hpp"
 #include "platform/core/null_pointer_exception.hpp"
 #include "platform/core/trace.hpp"
 #include "platform/host/audio_filter.hpp"
@@ -92,7 +93,9 @@ MarlTessAudioFilterEditorView::MarlTessAudioFilterEditorView(
     if (hasSheet && !texts.sheetText.empty()) {
         TessEngine engine(supplier, resourceManager, TessEngine::WindowVariant::kNone);
         std::istringstream stream(texts.sheetText);
-        engine.ParseMarlScript(stream, sheet_, "property model description", resourceName + ".mrl");
+        // Errors name the script as its file is named: the resource in upper case.
+        engine.ParseMarlScript(stream, sheet_, "property model description",
+                               qorcore::ToUpperAscii(resourceName) + ".mrl");
     }
 
     AudioFilter& theFilter = *GetFilter();
@@ -143,7 +146,8 @@ MarlTessAudioFilterEditorView::MarlTessAudioFilterEditorView(
             [this](vorlen::sheet_t& layoutSheet) { SetupVirtualMachine(layoutSheet); });
         engine.SetClientWidgetAdapterFactory(*GetLibraryAdapterFactory());
         std::istringstream stream(texts.layoutText);
-        root_ = engine.ParseTessScript(stream, sheet_, texts.layoutName + ".tss");
+        root_ = engine.ParseTessScript(stream, sheet_,
+                                       qorcore::ToUpperAscii(texts.layoutName) + ".tss");
         if (!root_)
             qorcore::config::DoThrowNullPtrException("UI_QORTessRoot");
 

@@ -99,3 +99,16 @@ expect(1 "^$" "qafui open: VocalEnhancer: no display to open a window on" open V
 set(ENV{DISPLAY} "${display}")
 set(ENV{WAYLAND_DISPLAY} "${wayland}")
 set(ENV{SDL_VIDEODRIVER} "${driver}")
+
+# An archive that makes no panel, and a script with an error, stop render with the place.
+file(MAKE_DIRECTORY ${WORK}/broken)
+file(WRITE ${WORK}/broken/FFTFILTER.xml "")
+file(WRITE ${WORK}/broken/FFTFILTER.V7.xml "")
+file(WRITE ${WORK}/broken/VOCALENHANCER.mrl "sheet V { interface: a: ; }\n")
+set(ENV{QAFUI_RESOURCE_DIR} ${WORK}/broken)
+expect(1 "^$" "qafui render: FFTFilter: its archive FFTFilter made no panel" render FFTFilter -o empty.png)
+expect(1 "^$" "qafui render: VocalEnhancer: VOCALENHANCER.mrl:1:[0-9]+: " render VocalEnhancer -o bad.png)
+unset(ENV{QAFUI_RESOURCE_DIR})
+if(EXISTS ${WORK}/empty.png OR EXISTS ${WORK}/bad.png)
+  message(SEND_ERROR "render wrote a picture of an editor that did not load")
+endif()
