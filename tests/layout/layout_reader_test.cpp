@@ -256,7 +256,12 @@ TEST(LayoutReader, ErrorsCarryFileLineAndColumn) {
         {"layout X { view subview() { row(); ",
          "1:36: layout description: expected a widget name, found end of input"},
         {"layout P {\nview subview() {\n  slider(parameters: 3); } }",
-         "3:10: layout description: 'parameters' must be a dictionary of arguments"}};
+         "3:10: layout description: 'parameters' must be a dictionary of arguments"},
+        // The token reader's own errors name the text too.
+        {"layout X { view row() { a(x: 1 $ 2); } }",
+         "1:32: layout description: unexpected character '$'"},
+        {"layout X { view row() { a(name: 'open); } }",
+         "1:33: layout description: unterminated string"}};
     for (const auto& [script, error] : rows)
         EXPECT_EQ(error_of(script), std::string("test.tss:") + error) << script;
     // An argument or a cell that fails to evaluate is reported where it stands.

@@ -75,7 +75,8 @@ line_position_t lexer_t::position_here() const {
 }
 
 void lexer_t::throw_error(const std::string& message, const line_position_t& position) const {
-    throw stream_error_t(message, position);
+    throw stream_error_t(description_m.empty() ? message : description_m + ": " + message,
+                         position);
 }
 
 void lexer_t::skip_space_and_comments() {

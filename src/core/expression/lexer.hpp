@@ -45,6 +45,9 @@ public:
 
     [[noreturn]] void throw_error(const std::string& message,
                                   const line_position_t& position) const;
+    /// What the text is ("layout description"); it leads the message of every error, as it
+    /// does the parser's.
+    void set_description(std::string description) { description_m = std::move(description); }
 
     name_t file_name() const noexcept { return file_name_m; }
 
@@ -64,6 +67,7 @@ private:
     std::size_t line_start_m = 0;
     std::deque<lex_token_t> lookahead_m;
     std::vector<name_t> keywords_m;
+    std::string description_m;
 };
 
 } // namespace vorlen

@@ -20,7 +20,10 @@ public:
     expression_parser_t(std::string_view text, name_t file_name, int first_line = 1);
     virtual ~expression_parser_t() = default;
 
-    void set_description(std::string description) { description_m = std::move(description); }
+    void set_description(std::string description) {
+        lexer_m.set_description(description);
+        description_m = std::move(description);
+    }
 
     /// Appends the tokens of one expression to `out` if one starts here.
     bool is_expression(array_t& out);
