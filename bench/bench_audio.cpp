@@ -4,14 +4,23 @@
 // curve rebuild; a response for the graph. The loudness meter per second of stereo, against the
 // library adding the same frames with nothing read back. The parametric EQ per block of stereo,
 // against a plain loop of as many float biquads.
+// The dynamics processor per second of stereo, in its plainest and its fullest setting.
+// The single-band dynamics, compressor and tube compressor per second of stereo.
+// The hard limiter and the parametric dynamics per second of stereo.
 
+#include "audio/dsp/dynamics.hpp"
 #include "audio/dsp/fft_filter.hpp"
+#include "audio/dsp/hard_limiter.hpp"
 #ifndef QAFUI_LOUDNESS_METER_PROXY
 #include "audio/dsp/loudness_meter.hpp"
 #endif
+#include "audio/dsp/parametric_dynamics.hpp"
 #include "audio/dsp/parametric_eq.hpp"
 #include "audio/dsp/real_fft.hpp"
+#include "audio/dsp/single_band_compressor.hpp"
+#include "audio/dsp/single_band_dynamics.hpp"
 #include "audio/dsp/spectrum_meter_dsp.hpp"
+#include "audio/dsp/tube_modeled_compressor.hpp"
 
 #include <benchmark/benchmark.h>
 #ifndef QAFUI_LOUDNESS_METER_PROXY
@@ -239,6 +248,109 @@ void BM_BiquadCascadeBlock(benchmark::State& state) {
     state.counters["sections"] = double(sections.size());
 }
 BENCHMARK(BM_BiquadCascadeBlock)->Unit(benchmark::kMicrosecond);
+
+// The dynamics processor per second of 48 kHz stereo: five points, linked peak detection at
+// argument 0; unlinked RMS detection, splines, band limiting and 5 ms of look-ahead at 1.
+void BM_DynamicsSecondOfStereo(benchmark::State& state) {
+    using qoraudiofilters::Dynamics;
+    Dynamics fx(kRate, 2);
+    const float points[][2] = {{0.0f, 0.0f}, {0.4f, 0.3f}, {0.7f, 0.7f}, {0.9f, 0.8f}, {1, 0.82f}};
+    fx.SetParameterValue(Dynamics::kPointCount, 5.0f / 7.0f);
+    for (int i = 0; i < 5; ++i) {
+        fx.SetParameterValue(Dynamics::PointInputIndex(i), points[i][0]);
+        fx.SetParameterValue(Dynamics::PointOutputIndex(i), points[i][1]);
+    }
+    if (state.range(0) != 0) {
+        fx.SetParameterValue(Dynamics::kParameterIndex_CompJoint, 0.0f);
+        fx.SetParameterValue(Dynamics::kParameterIndex_RMS, 1.0f);
+        fx.SetParameterValue(Dynamics::kParameterIndex_Splines, 1.0f);
+        fx.SetParameterValue(Dynamics::kParameterIndex_LoFreq, 0.004f);
+        fx.SetParameterValue(Dynamics::kParameterIndex_HiFreq, 0.5f);
+        fx.SetParameterValue(Dynamics::kParameterIndex_LookAhead, 0.01f);
+    }
+    fx.Reset();
+    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
+    std::vector<float> outLeft(kBlock), outRight(kBlock);
+    const float* inputs[] = {left.data(), right.data()};
+    float* outputs[] = {outLeft.data(), outRight.data()};
+    for (auto _ : state) {
+        for (std::size_t done = 0; done < std::size_t(kRate); done += kBlock)
+            fx.Process(inputs, outputs, 2, kBlock);
+        benchmark::DoNotOptimize(outLeft.data());
+    }
+}
+BENCHMARK(BM_DynamicsSecondOfStereo)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
+// The single-band processors per second of 48 kHz stereo noise, compressing all the while:
+// the dynamics with its three stages (peak detection at argument 0, RMS and auto smoothing at
+// 1, its meter gathering), the compressor, and the tube compressor with its saturation.
+template <class Effect>
+void RunSecondOfStereo(benchmark::State& state, Effect& fx) {
+    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
+    std::vector<float> outLeft(kBlock), outRight(kBlock);
+    const float* inputs[] = {left.data(), right.data()};
+    float* outputs[] = {outLeft.data(), outRight.data()};
+    for (auto _ : state) {
+        for (std::size_t done = 0; done < std::size_t(kRate); done += kBlock)
+            fx.Process(inputs, outputs, 2, kBlock);
+        benchmark::DoNotOptimize(outLeft.data());
+    }
+}
+
+void BM_SingleBandDynamicsSecondOfStereo(benchmark::State& state) {
+    using qoraudiofilters::SingleBandDynamics;
+    SingleBandDynamics fx(kRate, 2);
+    fx.SetCompThreshold(-30.0f);
+    fx.SetParameterValue(SingleBandDynamics::kAutoMakeupGain, 1.0f);
+    if (state.range(0) != 0) {
+        fx.SetParameterValue(SingleBandDynamics::kRMSDetection, 1.0f);
+        fx.SetParameterValue(SingleBandDynamics::kAutoSmoothing, 1.0f);
+        fx.SetMeterActive(true);
+    }
+    RunSecondOfStereo(state, fx);
+}
+BENCHMARK(BM_SingleBandDynamicsSecondOfStereo)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
+void BM_SingleBandCompressorSecondOfStereo(benchmark::State& state) {
+    qoraudiofilters::SingleBandCompressor fx(kRate, 2);
+    RunSecondOfStereo(state, fx);
+}
+BENCHMARK(BM_SingleBandCompressorSecondOfStereo)->Unit(benchmark::kMillisecond);
+
+void BM_TubeModeledCompressorSecondOfStereo(benchmark::State& state) {
+    qoraudiofilters::TubeModeledCompressor fx(kRate, 2);
+    RunSecondOfStereo(state, fx);
+}
+BENCHMARK(BM_TubeModeledCompressorSecondOfStereo)->Unit(benchmark::kMillisecond);
+
+// The hard limiter per second of 48 kHz stereo noise 12 dB over its ceiling: 5 ms of look-ahead,
+// linked, at argument 0; unlinked with auto release and a soft knee at 1.
+void BM_HardLimiterSecondOfStereo(benchmark::State& state) {
+    using qoraudiofilters::HardLimiter;
+    HardLimiter fx(kRate, 2);
+    fx.SetParameterValue(HardLimiter::kInputGain, 0.75f); // +12 dB
+    if (state.range(0) != 0) {
+        fx.SetParameterValue(HardLimiter::kLinkChannels, 0.0f);
+        fx.SetParameterValue(HardLimiter::kAutoRelease, 1.0f);
+        fx.SetParameterValue(HardLimiter::kSoftKnee, 1.0f);
+    }
+    RunSecondOfStereo(state, fx);
+}
+BENCHMARK(BM_HardLimiterSecondOfStereo)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
+// The parametric dynamics per second of 48 kHz stereo noise, its band compressing all the while:
+// the band and the limiter at argument 0; with the auto gate and the meter gathering at 1.
+void BM_ParametricDynamicsSecondOfStereo(benchmark::State& state) {
+    using qoraudiofilters::ParametricDynamics;
+    ParametricDynamics fx(kRate, 2);
+    fx.SetParameterValue(ParametricDynamics::kThreshold, 0.2f); // -48 dB
+    if (state.range(0) != 0) {
+        fx.SetParameterValue(ParametricDynamics::kGateEnable, 1.0f);
+        fx.SetMeterActive(true);
+    }
+    RunSecondOfStereo(state, fx);
+}
+BENCHMARK(BM_ParametricDynamicsSecondOfStereo)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -68,6 +69,32 @@ TEST(DynamicsToolkit, TheDelayLineDelaysByWhatItIsSetTo) {
     EXPECT_EQ(out, (std::vector<float>{0, 0, 0, 1, 2, 3}));
     line.SetDelay(100);
     EXPECT_EQ(line.GetDelay(), 8u) << "held at the capacity";
+}
+
+TEST(DynamicsToolkit, TheLookAheadLimiterRampsIntoAPeakAndReleasesFromIt) {
+    // 0.25 with a burst of 2.0 (6 dB over a 0 dB ceiling, so a gain of 0.5) at 1000.
+    constexpr std::size_t kLook = 48, kBurst = 1000;
+    constexpr double kRelease = 480.0; // samples: 10 ms at 48 kHz
+    LookAheadLimiter limiter(64, 48000.0);
+    limiter.SetLookAhead(kLook);
+    limiter.SetRelease(10.0);
+    std::vector<float> signal(4000, 0.25f);
+    std::fill_n(signal.begin() + kBurst, 10, 2.0f);
+    float* channels[] = {signal.data()};
+    limiter.Process(channels, 1, signal.size());
+    EXPECT_NEAR(limiter.GetLastGain(), 0.5, 1e-5);
+
+    // Out of the delay by the look-ahead; the gain falls in a straight line over its span ...
+    EXPECT_EQ(signal[kLook - 1], 0.0f);
+    for (std::size_t j = 0; j < kLook; j += 8)
+        EXPECT_NEAR(signal[kBurst + j], 0.25 * (1.0 - 0.5 * double(j + 1) / (kLook + 1)), 1e-6);
+    // ... to reach the ceiling exactly with the peak, never passing it.
+    EXPECT_NEAR(signal[kBurst + kLook], 1.0, 1e-5);
+    EXPECT_LE(*std::max_element(signal.begin(), signal.end()), 1.0f);
+    // Once the peak has left the span, the release: 1 - 1/e of the way back after its time
+    // (the average over the span lags it by half the span).
+    const std::size_t released = kBurst + 9 + kLook + kLook / 2 + std::size_t(kRelease);
+    EXPECT_NEAR(signal[released], 0.25 * (1.0 - 0.5 * std::exp(-1.0)), 2e-3);
 }
 
 } // namespace

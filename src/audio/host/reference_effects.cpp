@@ -1,11 +1,17 @@
 #include "audio/host/reference_effects.hpp"
 
+#include "audio/dsp/dynamics.hpp"
 #include "audio/dsp/fft_filter.hpp"
+#include "audio/dsp/hard_limiter.hpp"
 #ifndef QAFUI_LOUDNESS_METER_PROXY
 #include "audio/dsp/loudness_meter.hpp"
 #endif
+#include "audio/dsp/parametric_dynamics.hpp"
 #include "audio/dsp/parametric_eq.hpp"
+#include "audio/dsp/single_band_compressor.hpp"
+#include "audio/dsp/single_band_dynamics.hpp"
 #include "audio/dsp/spectrum_meter.hpp"
+#include "audio/dsp/tube_modeled_compressor.hpp"
 
 #include <algorithm>
 #include <functional>
@@ -20,9 +26,17 @@ using Factory =
 
 const std::map<std::string, Factory, std::less<>>& Factories() {
     static const std::map<std::string, Factory, std::less<>> factories{
+        {"Dynamics",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::Dynamics>(rate, channels);
+         }},
         {"FFTFilter",
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::FFTFilter>(rate, channels);
+         }},
+        {"HardLimiter",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::HardLimiter>(rate, channels);
          }},
 #ifndef QAFUI_LOUDNESS_METER_PROXY
         {"LoudnessMeter",
@@ -30,13 +44,29 @@ const std::map<std::string, Factory, std::less<>>& Factories() {
              return std::make_shared<qoraudiofilters::LoudnessMeter>(rate, channels);
          }},
 #endif
+        {"ParametricDynamics",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::ParametricDynamics>(rate, channels);
+         }},
         {"ParametricEQ",
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::ParametricEQ>(rate, channels);
          }},
+        {"SingleBandCompressor",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::SingleBandCompressor>(rate, channels);
+         }},
+        {"SingleBandDynamics",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::SingleBandDynamics>(rate, channels);
+         }},
         {"SpectrumMeter",
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::SpectrumMeter>(rate, channels);
+         }},
+        {"TubeModeledComp",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::TubeModeledCompressor>(rate, channels);
          }},
     };
     return factories;
