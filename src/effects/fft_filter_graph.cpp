@@ -89,8 +89,8 @@ IntrusivePtr<qorui::RulerBase> MakeVerticalRuler() {
     return ruler;
 }
 
-// The frequency axes keep the toolkit's tick spacing: its step factor multiplies the room the
-// numbers need, so the default already gives one number per label width.
+// The frequency axes ask for labels at least 20 pixels apart; the ruler keeps them as far apart
+// as their numbers need.
 IntrusivePtr<qorui::RulerBase> MakeHorizontalRuler(bool logarithmic, double nyquist) {
     const double high = nyquist > FFTFilterGraph::kLowestFrequency
                             ? nyquist
@@ -104,6 +104,7 @@ IntrusivePtr<qorui::RulerBase> MakeHorizontalRuler(bool logarithmic, double nyqu
         ruler = qorcore::MakeIntrusive<qorui::LinearRuler>();
     }
     ruler->SetValueRange(FFTFilterGraph::kLowestFrequency, high);
+    ruler->SetStepFactor(20.0);
     ruler->SetTextNearTickStart(true);
     ruler->HideTruncatedStrings(true);
     return ruler;

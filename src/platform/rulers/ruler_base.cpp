@@ -78,10 +78,16 @@ void RulerBase::SetFontSize(float size) {
 }
 
 double RulerBase::MinMajorSpacing() const {
-    // Room for a number: its height on a vertical ruler, a typical width on a horizontal one.
+    // Room for a number: its height on a vertical ruler; on a horizontal one the width of the
+    // longer of the two end labels (an average digit is about 0.62 of the font size) and a gap.
     // The step factor asks for at least that many pixels between labelled ticks; labels never
     // come closer than they need.
-    const double room = vertical_ ? fontSize_ * 2.4 : fontSize_ * 4.5 + 8.0;
+    double room = fontSize_ * 2.4;
+    if (!vertical_) {
+        const std::size_t chars = std::max<std::size_t>(
+            3, std::max(FormatValue(value1_).size(), FormatValue(value2_).size()));
+        room = fontSize_ * 0.62 * double(chars) + 12.0;
+    }
     return std::max(room, stepFactor_);
 }
 
