@@ -1,7 +1,6 @@
 #include "effects/parametric_eq_editor_view.hpp"
 
 #include "audio/dsp/parametric_eq.hpp"
-#include "audio/dsp/spectrum_meter_message.hpp"
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
 #include "graphs/curve_editor.hpp"
@@ -34,11 +33,6 @@ ParametricEQEditorView::ParametricEQEditorView(std::shared_ptr<AudioFilter> filt
     eq_ = eqShared_.get();
     if (!eq_)
         qorcore::config::DoThrowNullPtrException("ParametricEQ");
-    const IntrusivePtr<qoraudiotoolkit::SpectrumMeterDSP>& meter = eq_->GetSpectrumMeter();
-    // The message posts itself to the meter's target again for as long as someone listens.
-    if (!meter->GetMessageTarget())
-        meter->SetMessageTarget(eqShared_);
-    meterMessage_ = std::make_shared<qoraudiotoolkit::SpectrumMeterMessage>(meter);
     spectrumDraw_ = qorcore::MakeIntrusive<SpectrumDraw>(eq_->GetSampleRate());
 
     CreateLayout();
@@ -63,12 +57,15 @@ ParametricEQEditorView::ParametricEQEditorView(std::shared_ptr<AudioFilter> filt
     curveEditor_->AddContentLayer(
         qorcore::MakeIntrusive<ParametricEQSpectrumContentLayer>(spectrumDraw_));
     AddParameterObserver(kRangeParameter, [this] { UpdateSpectrumRange(); });
-    EnableMeter();
+    meter_ = std::make_unique<OwnedSpectrumMeter>(
+        eqShared_, eq_->GetSpectrumMeter(), [eq = eq_](bool active) { eq->SetMeterActive(active); },
+        spectrumDraw_, curveEditor_.get());
+    meter_->Enable();
 }
 
+// The meter goes first: the process thread stops feeding before the receiver goes.
 ParametricEQEditorView::~ParametricEQEditorView() {
-    // The process thread must stop feeding before the receiver goes.
-    DisableMeter();
+    meter_.reset();
 }
 
 void ParametricEQEditorView::UpdateSpectrumRange() {
@@ -78,31 +75,6 @@ void ParametricEQEditorView::UpdateSpectrumRange() {
     spectrumDraw_->SetMinDecibelsDisplayed(-120.0f);
     if (curveEditor_)
         curveEditor_->InvalidateContentRect();
-}
-
-void ParametricEQEditorView::EnableMeter() {
-    connection_ = meterMessage_->ConnectMeterDataChanged(
-        [this](unsigned int fftSize, const std::vector<float>& data, unsigned int count,
-               qoraudiotoolkit::SpectrumType type,
-               bool updateLines) { OnMeterDataChanged(fftSize, data, count, type, updateLines); });
-    eq_->SetMeterActive(true);
-    eq_->Post(meterMessage_);
-}
-
-void ParametricEQEditorView::DisableMeter() {
-    if (eq_)
-        eq_->SetMeterActive(false);
-    connection_.Disconnect();
-}
-
-void ParametricEQEditorView::OnMeterDataChanged(unsigned int fftSize,
-                                                const std::vector<float>& data, unsigned int count,
-                                                unsigned int spectrumType, bool updateLines) {
-    // While the filter is suspended the last picture stays.
-    if (eq_->IsSuspended())
-        return;
-    spectrumDraw_->SetSpectrumData(fftSize, data, count, spectrumType, updateLines);
-    curveEditor_->InvalidateContentRect();
 }
 
 } // namespace qoraudiofiltersui

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "effects/owned_spectrum_meter.hpp"
 #include "framework/marl_tess_audio_filter_editor_view.hpp"
 #include "graphs/spectrum_content_layer.hpp"
 #include "platform/core/connection.hpp"
@@ -8,9 +9,6 @@
 
 namespace qoraudiofilters {
 class ParametricEQ;
-}
-namespace qoraudiotoolkit {
-class SpectrumMeterMessage;
 }
 
 namespace qoraudiofiltersui {
@@ -50,17 +48,12 @@ protected:
 
 private:
     void UpdateSpectrumRange();
-    void EnableMeter();
-    void DisableMeter();
-    void OnMeterDataChanged(unsigned int fftSize, const std::vector<float>& data,
-                            unsigned int count, unsigned int spectrumType, bool updateLines);
 
     qoraudiofilters::ParametricEQ* eq_ = nullptr;
     std::shared_ptr<qoraudiofilters::ParametricEQ> eqShared_;
     IntrusivePtr<CurveEditor> curveEditor_;
-    std::shared_ptr<qoraudiotoolkit::SpectrumMeterMessage> meterMessage_;
-    qorcore::ScopedConnection connection_;
     IntrusivePtr<SpectrumDraw> spectrumDraw_;
+    std::unique_ptr<OwnedSpectrumMeter> meter_;
 };
 
 } // namespace qoraudiofiltersui

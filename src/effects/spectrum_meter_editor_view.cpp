@@ -1,7 +1,6 @@
 #include "effects/spectrum_meter_editor_view.hpp"
 
 #include "audio/dsp/spectrum_meter.hpp"
-#include "audio/dsp/spectrum_meter_message.hpp"
 #include "controls/edit_number.hpp"
 #include "framework/effect_catalogue.hpp"
 #include "framework/library.hpp"
@@ -92,11 +91,6 @@ SpectrumMeterEditorView::SpectrumMeterEditorView(std::shared_ptr<AudioFilter> fi
     analyser_ = analyserShared_.get();
     if (!analyser_)
         qorcore::config::DoThrowNullPtrException("SpectrumMeter");
-    const IntrusivePtr<qoraudiotoolkit::SpectrumMeterDSP>& meter = analyser_->GetSpectrumMeter();
-    // The message posts itself to the meter's target again for as long as someone listens.
-    if (!meter->GetMessageTarget())
-        meter->SetMessageTarget(analyserShared_);
-    meterMessage_ = std::make_shared<qoraudiotoolkit::SpectrumMeterMessage>(meter);
     spectrumDraw_ = qorcore::MakeIntrusive<SpectrumMeterDraw>(analyser_->GetSampleRate());
 
     CreateLayout();
@@ -143,12 +137,16 @@ SpectrumMeterEditorView::SpectrumMeterEditorView(std::shared_ptr<AudioFilter> fi
         UpdateSpectrumRanges();
         curveEditor_->InvalidateContentRect();
     });
-    EnableMeter();
+    meter_ = std::make_unique<OwnedSpectrumMeter>(
+        analyserShared_, analyser_->GetSpectrumMeter(),
+        [analyser = analyser_](bool active) { analyser->SetMeterActive(active); }, spectrumDraw_,
+        curveEditor_.get());
+    meter_->Enable();
 }
 
+// The meter goes first: the process thread stops feeding before the receiver goes.
 SpectrumMeterEditorView::~SpectrumMeterEditorView() {
-    // The process thread must stop feeding before the receiver goes.
-    DisableMeter();
+    meter_.reset();
 }
 
 bool SpectrumMeterEditorView::IsOn(int index) const {
@@ -238,31 +236,6 @@ void SpectrumMeterEditorView::UpdateSpectrumRanges() {
     // Also lays the lines out again for the scale.
     spectrumDraw_->SetFreqRange(
         {float(curveEditor_->GetHorizontalStart()), float(curveEditor_->GetHorizontalEnd())});
-}
-
-void SpectrumMeterEditorView::EnableMeter() {
-    connection_ = meterMessage_->ConnectMeterDataChanged(
-        [this](unsigned int fftSize, const std::vector<float>& data, unsigned int count,
-               qoraudiotoolkit::SpectrumType type,
-               bool updateLines) { OnMeterDataChanged(fftSize, data, count, type, updateLines); });
-    analyser_->SetMeterActive(true);
-    analyser_->Post(meterMessage_);
-}
-
-void SpectrumMeterEditorView::DisableMeter() {
-    if (analyser_)
-        analyser_->SetMeterActive(false);
-    connection_.Disconnect();
-}
-
-void SpectrumMeterEditorView::OnMeterDataChanged(unsigned int fftSize,
-                                                 const std::vector<float>& data, unsigned int count,
-                                                 unsigned int spectrumType, bool updateLines) {
-    // While the filter is suspended the last picture stays.
-    if (analyser_->IsSuspended())
-        return;
-    spectrumDraw_->SetSpectrumData(fftSize, data, count, spectrumType, updateLines);
-    curveEditor_->InvalidateContentRect();
 }
 
 } // namespace qoraudiofiltersui

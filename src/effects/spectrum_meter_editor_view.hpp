@@ -1,5 +1,6 @@
 #pragma once
 
+#include "effects/owned_spectrum_meter.hpp"
 #include "framework/marl_tess_audio_filter_editor_view.hpp"
 #include "graphs/spectrum_content_layer.hpp"
 #include "platform/core/connection.hpp"
@@ -8,9 +9,6 @@
 
 namespace qoraudiofilters {
 class SpectrumMeter;
-}
-namespace qoraudiotoolkit {
-class SpectrumMeterMessage;
 }
 namespace qorui {
 class RulerBase;
@@ -67,21 +65,16 @@ private:
     void UpdateScale();
     /// The spectrum covers what the graph shows.
     void UpdateSpectrumRanges();
-    void EnableMeter();
-    void DisableMeter();
-    void OnMeterDataChanged(unsigned int fftSize, const std::vector<float>& data,
-                            unsigned int count, unsigned int spectrumType, bool updateLines);
 
     qoraudiofilters::SpectrumMeter* analyser_ = nullptr;
     std::shared_ptr<qoraudiofilters::SpectrumMeter> analyserShared_;
     IntrusivePtr<CurveEditor> curveEditor_;
-    std::shared_ptr<qoraudiotoolkit::SpectrumMeterMessage> meterMessage_;
-    qorcore::ScopedConnection connection_;
     qorcore::ScopedConnection rangeConnection_;
     IntrusivePtr<SpectrumDraw> spectrumDraw_;
     // The layout's logarithmic frequency ruler and a linear one like it.
     IntrusivePtr<qorui::RulerBase> logRuler_;
     IntrusivePtr<qorui::RulerBase> linearRuler_;
+    std::unique_ptr<OwnedSpectrumMeter> meter_;
 };
 
 } // namespace qoraudiofiltersui
