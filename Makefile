@@ -3,7 +3,7 @@ BUILD ?= build
 CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps configure build run test bench sanitize tsan format clean update-golden
+.PHONY: all deps configure build run test bench soak sanitize tsan format clean update-golden
 
 all: build
 
@@ -31,6 +31,10 @@ test: build
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do echo "== $$b"; $$b; done
+
+# Every editor under 10 000 seeded random events (the suite runs 1 000).
+soak: build
+	@QAFUI_SOAK_EVENTS=10000 $(BUILD)/tests/apps/apps_tests --gtest_filter='Editors/EditorSoak.*'
 
 # The engine's tests under address and undefined-behaviour sanitizers.
 sanitize: deps
