@@ -8,12 +8,14 @@
 // The single-band dynamics, compressor and tube compressor per second of stereo.
 // The hard limiter and the parametric dynamics per second of stereo.
 
+#include "audio/dsp/de_esser.hpp"
 #include "audio/dsp/dynamics.hpp"
 #include "audio/dsp/fft_filter.hpp"
 #include "audio/dsp/hard_limiter.hpp"
 #ifndef QAFUI_LOUDNESS_METER_PROXY
 #include "audio/dsp/loudness_meter.hpp"
 #endif
+#include "audio/dsp/multi_band_compressor.hpp"
 #include "audio/dsp/parametric_dynamics.hpp"
 #include "audio/dsp/parametric_eq.hpp"
 #include "audio/dsp/real_fft.hpp"
@@ -322,6 +324,24 @@ void BM_TubeModeledCompressorSecondOfStereo(benchmark::State& state) {
     RunSecondOfStereo(state, fx);
 }
 BENCHMARK(BM_TubeModeledCompressorSecondOfStereo)->Unit(benchmark::kMillisecond);
+
+// Four bands compressing and the limiter on, per second of 48 kHz stereo noise.
+void BM_MultiBandCompressorSecondOfStereo(benchmark::State& state) {
+    qoraudiofilters::MultiBandCompressor fx(kRate, 2);
+    RunSecondOfStereo(state, fx);
+}
+BENCHMARK(BM_MultiBandCompressorSecondOfStereo)->Unit(benchmark::kMillisecond);
+
+// The de-esser per second of 48 kHz stereo noise, reducing all the while: band only at argument
+// 0, wide band at 1.
+void BM_DeEsserSecondOfStereo(benchmark::State& state) {
+    using qoraudiofilters::DeEsser;
+    DeEsser fx(kRate, 2);
+    fx.SetParameterValue(DeEsser::kThreshold, 0.25f); // -60 dB
+    fx.SetParameterValue(DeEsser::kMode, state.range(0) == 0 ? 1.0f : 0.0f);
+    RunSecondOfStereo(state, fx);
+}
+BENCHMARK(BM_DeEsserSecondOfStereo)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 // The hard limiter per second of 48 kHz stereo noise 12 dB over its ceiling: 5 ms of look-ahead,
 // linked, at argument 0; unlinked with auto release and a soft knee at 1.

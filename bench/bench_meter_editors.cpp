@@ -5,6 +5,7 @@
 
 #include "audio/dsp/dynamics.hpp"
 #include "audio/dsp/loudness_meter.hpp"
+#include "audio/dsp/multi_band_compressor.hpp"
 #include "framework/library.hpp"
 #include "platform/draw/cairo_supplier.hpp"
 #include "platform/hostui/audio_filter_view_factory_registrar.hpp"
@@ -121,5 +122,53 @@ void BM_DynamicsEditorFrame(benchmark::State& state) {
     qoraudiofiltersui::Terminate();
 }
 BENCHMARK(BM_DynamicsEditorFrame)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
+
+constexpr const char* kMultiBandCompressorGuid = "3981E750-C8AE-40A2-889F-41A01C7EFA03";
+
+// One frame of the multiband compressor's editor with four new band spectra, the band and
+// output meters taking their readings, and the repaint.
+void BM_MultiBandCompressorEditorFrame(benchmark::State& state) {
+    qorui::penrig::CairoSupplier supplier(float(state.range(0)));
+    qoraudiofiltersui::Initialize(&supplier);
+    auto fx = std::make_shared<qoraudiofilters::MultiBandCompressor>(kRate, 2);
+    {
+        auto view = qoraudiofilterhostui::AudioFilterViewFactoryRegistry::Get().CreateEditor(
+            kMultiBandCompressorGuid, fx);
+        qorui::HeadlessWindow window(view->GetFrame().width, view->GetFrame().height,
+                                     supplier.GetScaleFactor());
+        window.AddNode(view);
+        window.RenderAll();
+        std::vector<float> left(kBlock), right(kBlock);
+        std::uint32_t x = 12345;
+        auto feed = [&](double seconds) {
+            for (std::size_t done = 0; done < std::size_t(seconds * kRate); done += kBlock) {
+                for (std::size_t i = 0; i < kBlock; ++i) {
+                    x = x * 1664525u + 1013904223u;
+                    left[i] = right[i] = 0.5f * (float(x >> 8) / float(1u << 24) - 0.5f);
+                }
+                const float* inputs[2] = {left.data(), right.data()};
+                float* outputs[2] = {left.data(), right.data()};
+                fx->ProcessPostedMessages();
+                fx->Process(inputs, outputs, 2, kBlock);
+            }
+        };
+        feed(1.0);
+        window.PumpMainQueue();
+        window.Render();
+
+        for (auto _ : state) {
+            state.PauseTiming();
+            feed(0.1); // longer than a hop: every band has a new spectrum
+            fx->ProcessPostedMessages();
+            state.ResumeTiming();
+            window.PumpMainQueue();
+            benchmark::DoNotOptimize(window.Render());
+        }
+        window.GetRoot()->RemoveAllChildren();
+    }
+    fx->ProcessPostedMessages();
+    qoraudiofiltersui::Terminate();
+}
+BENCHMARK(BM_MultiBandCompressorEditorFrame)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
 
 } // namespace

@@ -1,10 +1,14 @@
 # The resources embedded into the library: one file each, named NAME.TYPE as the resource
 # manager finds it. Add a new file here.
 set(QAFUI_RESOURCE_FILES
+  COMPRESSORBAND.mrl
+  COMPRESSORBAND.tss
   CURSORDATAID-200.xml
   CURSORDATAID-201.xml
   CURSORDATAID-202.xml
   CURSORDATAID-203.xml
+  DEESSER.mrl
+  DEESSER.tss
   DYNAMICS.mrl
   DYNAMICS.tss
   FFTFILTER.V7.xml
@@ -14,6 +18,8 @@ set(QAFUI_RESOURCE_FILES
   LOUDNESSMETER.mrl
   LOUDNESSMETER.tss
   LOUDNESSMETERPROXY.tss
+  MULTIBANDCOMPRESSOR.mrl
+  MULTIBANDCOMPRESSOR.tss
   PARAMETRICDYNAMICS.mrl
   PARAMETRICDYNAMICS.tss
   PARAMETRICEQ.V7.tss

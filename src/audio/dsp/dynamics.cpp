@@ -144,12 +144,8 @@ struct settings_t {
 
     static settings_t FromParameters(const Dynamics& effect) {
         settings_t s;
-        for (int i = 0; i < Dynamics::kParameterCount; ++i) {
-            float value = effect.GetParameterValue(i);
-            if (std::isnan(value))
-                value = effect.GetDescriptor(i).defaultValue;
-            s.values[std::size_t(i)] = std::clamp(double(value), 0.0, 1.0);
-        }
+        for (int i = 0; i < Dynamics::kParameterCount; ++i)
+            s.values[std::size_t(i)] = effect.GetAppliedValue(i);
         const auto v = [&s](int index) {
             return s.values[std::size_t(index)];
         };

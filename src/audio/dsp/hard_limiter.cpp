@@ -48,14 +48,9 @@ double HardLimiter::GetPlainSetting(int index) const {
 }
 
 void HardLimiter::Decode(int index) {
-    const ParameterDescriptor& d = GetDescriptor(index);
-    float value = GetParameterValue(index);
-    if (std::isnan(value))
-        value = d.defaultValue;
-    const double v = std::clamp(double(value), 0.0, 1.0);
-    double plain = double(d.plainAtZero) + v * (double(d.plainAtOne) - double(d.plainAtZero));
+    double plain = GetAppliedPlainValue(index);
     if (index >= kLinkChannels)
-        plain = v > 0.5 ? 1.0 : 0.0;
+        plain = GetAppliedValue(index) > 0.5 ? 1.0 : 0.0;
     settings_[std::size_t(index)].store(plain, std::memory_order_release);
     generation_.fetch_add(1, std::memory_order_acq_rel);
 }

@@ -105,12 +105,7 @@ public:
     explicit decoder_t(const ParametricEQ& eq)
         : eq_(eq), rate_(eq.GetSampleRate()), nyquist_(0.5 * rate_) {}
 
-    double Value(int index) const {
-        float value = eq_.GetParameterValue(index);
-        if (std::isnan(value))
-            value = eq_.GetDescriptor(index).defaultValue;
-        return std::clamp(double(value), 0.0, 1.0);
-    }
+    double Value(int index) const { return eq_.GetAppliedValue(index); }
     bool On(int index) const { return Value(index) > 0.5; }
     double Frequency(int index) const {
         const double hz = Value(index) * (nyquist_ - kLowestFrequency) + kLowestFrequency;

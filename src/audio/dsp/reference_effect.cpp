@@ -1,6 +1,7 @@
 #include "audio/dsp/reference_effect.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 namespace qoraudiofilters {
@@ -30,6 +31,19 @@ std::size_t ReferenceEffect::PassExtraChannels(const float* const* inputs, float
             std::copy_n(inputs[c], frameCount, outputs[c]);
     }
     return std::min(channelCount, channelCount_);
+}
+
+double ReferenceEffect::GetAppliedValue(int index) const {
+    const float value = GetParameterValue(index);
+    if (std::isnan(value))
+        return double(GetDescriptor(index).defaultValue);
+    return std::clamp(double(value), 0.0, 1.0);
+}
+
+double ReferenceEffect::GetAppliedPlainValue(int index) const {
+    const qoraudiofilterhost::ParameterDescriptor& d = GetDescriptor(index);
+    return double(d.plainAtZero) +
+           GetAppliedValue(index) * (double(d.plainAtOne) - double(d.plainAtZero));
 }
 
 bool ReferenceEffect::PrepareParameterSync() {

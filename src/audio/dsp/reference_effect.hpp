@@ -35,6 +35,12 @@ public:
     // AudioFilter: the editor's sync is a chance to take over such changes.
     bool PrepareParameterSync() override;
 
+    /// A parameter as the effect applies it: a stored value that is no number reads as the
+    /// parameter's default, any other is held to 0..1.
+    double GetAppliedValue(int index) const;
+    /// The same through the descriptor's plain range.
+    double GetAppliedPlainValue(int index) const;
+
 protected:
     /// Channels past the effect's own count pass through unchanged (a null input is silence);
     /// returns how many channels the effect itself processes.

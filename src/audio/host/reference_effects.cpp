@@ -1,11 +1,13 @@
 #include "audio/host/reference_effects.hpp"
 
+#include "audio/dsp/de_esser.hpp"
 #include "audio/dsp/dynamics.hpp"
 #include "audio/dsp/fft_filter.hpp"
 #include "audio/dsp/hard_limiter.hpp"
 #ifndef QAFUI_LOUDNESS_METER_PROXY
 #include "audio/dsp/loudness_meter.hpp"
 #endif
+#include "audio/dsp/multi_band_compressor.hpp"
 #include "audio/dsp/parametric_dynamics.hpp"
 #include "audio/dsp/parametric_eq.hpp"
 #include "audio/dsp/single_band_compressor.hpp"
@@ -26,6 +28,10 @@ using Factory =
 
 const std::map<std::string, Factory, std::less<>>& Factories() {
     static const std::map<std::string, Factory, std::less<>> factories{
+        {"DeEsser",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::DeEsser>(rate, channels);
+         }},
         {"Dynamics",
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::Dynamics>(rate, channels);
@@ -44,6 +50,10 @@ const std::map<std::string, Factory, std::less<>>& Factories() {
              return std::make_shared<qoraudiofilters::LoudnessMeter>(rate, channels);
          }},
 #endif
+        {"MultiBandCompressor",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::MultiBandCompressor>(rate, channels);
+         }},
         {"ParametricDynamics",
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::ParametricDynamics>(rate, channels);
