@@ -8,9 +8,12 @@
 // The single-band dynamics, compressor and tube compressor per second of stereo.
 // The hard limiter and the parametric dynamics per second of stereo.
 
+#include "audio/dsp/chorus_flanger.hpp"
 #include "audio/dsp/de_esser.hpp"
 #include "audio/dsp/dynamics.hpp"
 #include "audio/dsp/fft_filter.hpp"
+#include "audio/dsp/flanger.hpp"
+#include "audio/dsp/graphic_eq.hpp"
 #include "audio/dsp/hard_limiter.hpp"
 #ifndef QAFUI_LOUDNESS_METER_PROXY
 #include "audio/dsp/loudness_meter.hpp"
@@ -18,6 +21,7 @@
 #include "audio/dsp/multi_band_compressor.hpp"
 #include "audio/dsp/parametric_dynamics.hpp"
 #include "audio/dsp/parametric_eq.hpp"
+#include "audio/dsp/phaser.hpp"
 #include "audio/dsp/real_fft.hpp"
 #include "audio/dsp/single_band_compressor.hpp"
 #include "audio/dsp/single_band_dynamics.hpp"
@@ -212,6 +216,35 @@ void BM_ParametricEQBlock(benchmark::State& state) {
 }
 BENCHMARK(BM_ParametricEQBlock)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
+// One 512-frame stereo block at 48 kHz through the graphic equaliser of `range(0)` bands, every
+// band moved; and the design (section gains solved) a fader write costs on the main thread.
+void BM_GraphicEQBlock(benchmark::State& state) {
+    qoraudiofilters::GraphicEQ eq(int(state.range(0)), kRate, 2);
+    for (int b = 0; b < eq.GetBandCount(); ++b)
+        eq.SetParameterValue(b, b % 2 == 0 ? 0.6f : 0.4f);
+    eq.Reset();
+    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
+    std::vector<float> outLeft(kBlock), outRight(kBlock);
+    const float* inputs[] = {left.data(), right.data()};
+    float* outputs[] = {outLeft.data(), outRight.data()};
+    for (auto _ : state) {
+        eq.Process(inputs, outputs, 2, kBlock);
+        benchmark::DoNotOptimize(outLeft.data());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(BM_GraphicEQBlock)->Arg(10)->Arg(30)->Unit(benchmark::kMicrosecond);
+
+void BM_GraphicEQFaderWrite(benchmark::State& state) {
+    qoraudiofilters::GraphicEQ eq(int(state.range(0)), kRate, 2);
+    float value = 0.6f;
+    for (auto _ : state) {
+        value = value > 0.55f ? 0.45f : 0.6f;
+        eq.SetParameterValue(0, value);
+    }
+}
+BENCHMARK(BM_GraphicEQFaderWrite)->Arg(10)->Arg(30)->Unit(benchmark::kMicrosecond);
+
 // The peer: the same float sections in a plain loop, direct form I, one channel and one
 // section after the other over the block.
 void BM_BiquadCascadeBlock(benchmark::State& state) {
@@ -371,6 +404,19 @@ void BM_ParametricDynamicsSecondOfStereo(benchmark::State& state) {
     RunSecondOfStereo(state, fx);
 }
 BENCHMARK(BM_ParametricDynamicsSecondOfStereo)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
+// The modulation effects per second of 48 kHz stereo noise at their defaults: the flanger (0),
+// the chorus with all eight voices (1), the phaser with twelve stages (2).
+void BM_ModulationSecondOfStereo(benchmark::State& state) {
+    qoraudiofilters::Flanger flanger(kRate, 2);
+    qoraudiofilters::ChorusFlanger chorus(kRate, 2);
+    chorus.SetParameterValue(qoraudiofilters::ChorusFlanger::kVoices, 1.0f);
+    qoraudiofilters::Phaser phaser(kRate, 2);
+    phaser.SetParameterValue(qoraudiofilters::Phaser::kStages, 1.0f);
+    qoraudiofilters::ReferenceEffect* effects[] = {&flanger, &chorus, &phaser};
+    RunSecondOfStereo(state, *effects[state.range(0)]);
+}
+BENCHMARK(BM_ModulationSecondOfStereo)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

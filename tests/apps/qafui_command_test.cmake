@@ -10,7 +10,7 @@ file(MAKE_DIRECTORY ${WORK})
 
 # list: each editor's state, with what is missing.
 expect(0 "FFTFilter +[-0-9A-F]+  X  ready   dsp  FFTFILTER" "^$" list)
-string(REGEX MATCH "Flanger +[-0-9A-F]+  G  missing -    FLANGER.mrl FLANGER.tss  \\(missing FLANGER.mrl FLANGER.tss\\)" flanger "${last_out}")
+string(REGEX MATCH "AdaptiveNoiseReduction +[-0-9A-F]+  G  missing -    ADAPTIVENOISEREDUCTION.mrl ADAPTIVENOISEREDUCTION.tss  \\(missing ADAPTIVENOISEREDUCTION.mrl ADAPTIVENOISEREDUCTION.tss\\)" flanger "${last_out}")
 string(REGEX MATCH "Amplify +[-0-9A-F]+  X  pending " amplify "${last_out}")
 string(REGEX MATCH "# [0-9]+ ready, [0-9]+ pending, [0-9]+ missing resources; [0-9]+ with reference DSP" summary "${last_out}")
 if(NOT flanger OR NOT amplify OR NOT summary)
@@ -18,15 +18,15 @@ if(NOT flanger OR NOT amplify OR NOT summary)
 endif()
 
 # An editor that can't be shown says why, in every command that shows one.
-set(missing "Flanger: missing resources FLANGER.mrl, FLANGER.tss")
-expect(1 "^$" "qafui render: ${missing}\n" render Flanger -o flanger.png)
-expect(1 "^$" "qafui describe: ${missing}\n" describe Flanger)
-expect(1 "^$" "qafui open: ${missing}\n" open Flanger --seconds 1)
+set(missing "AdaptiveNoiseReduction: missing resources ADAPTIVENOISEREDUCTION.mrl, ADAPTIVENOISEREDUCTION.tss")
+expect(1 "^$" "qafui render: ${missing}\n" render AdaptiveNoiseReduction -o flanger.png)
+expect(1 "^$" "qafui describe: ${missing}\n" describe AdaptiveNoiseReduction)
+expect(1 "^$" "qafui open: ${missing}\n" open AdaptiveNoiseReduction --seconds 1)
 expect(1 "^$" "qafui describe: Amplify: its view class is pending\n" describe Amplify)
 if(EXISTS ${WORK}/flanger.png)
   message(SEND_ERROR "render wrote a picture of an editor it could not show")
 endif()
-expect(1 "FFTFilter: 2 pictures\n" "skipped Flanger: missing resources FLANGER.mrl, FLANGER.tss\n.*editors skipped\n$"
+expect(1 "FFTFilter: 2 pictures\n" "skipped AdaptiveNoiseReduction: missing resources ADAPTIVENOISEREDUCTION.mrl, ADAPTIVENOISEREDUCTION.tss\n.*editors skipped\n$"
        gallery -o gallery --seconds 0)
 file(READ ${WORK}/gallery/index.html page)
 string(FIND "${page}" "skipped: its view class is pending" at)

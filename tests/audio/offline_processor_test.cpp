@@ -183,10 +183,10 @@ TEST(OfflineProcessor, RefusesWhatItCannotRunNamingTheValue) {
         }
     }
     try {
-        OfflineProcessor processor("Flanger", kRate, 2);
+        OfflineProcessor processor("AdaptiveNoiseReduction", kRate, 2);
         ADD_FAILURE() << "no error for an effect without DSP";
     } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(), "Flanger: the reference host has no DSP for this effect");
+        EXPECT_STREQ(error.what(), "AdaptiveNoiseReduction: the reference host has no DSP for this effect");
     }
     EXPECT_THROW(OfflineProcessor(nullptr), std::invalid_argument);
     OfflineProcessor stereo("FFTFilter", kRate, 2);

@@ -29,8 +29,8 @@ expect_process(0 "^wrote through.wav: 24000 frames, 2 channels at 48000 Hz" "^$"
 expect_process(0 "^wrote again.wav: 24000 frames" "^$" FFTFilter --input through.wav --output again.wav)
 
 # An effect without DSP, or none at all.
-expect_process(1 "^$" "^qafui process: Flanger: the reference host has no DSP for this effect\n$"
-       Flanger --seconds 1 --output flanger.wav)
+expect_process(1 "^$" "^qafui process: AdaptiveNoiseReduction: the reference host has no DSP for this effect\n$"
+       AdaptiveNoiseReduction --seconds 1 --output anr.wav)
 expect_process(1 "^$" "no effect 'NoSuchEffect' \\(see qafui list\\)" NoSuchEffect --output x.wav)
 
 # Wrong usage: status 2 and the usage text.

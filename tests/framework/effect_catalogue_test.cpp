@@ -187,8 +187,8 @@ TEST_F(InitializedLibrary, ScriptEditorsChooseTheirResources) {
     EXPECT_TRUE(script->GetTessRoot()->GetTessViewHolder().GetControl("Sync"));
     EXPECT_GT(script->GetFrame().width, 0.0f);
 
-    auto flanger = AudioFilterViewFactoryRegistry::Get().CreateEditor(
-        "D30B6731-3E00-4A11-9650-E816F58A9D12", MakeFilter());
-    EXPECT_FALSE(dynamic_cast<MarlTessAudioFilterEditorView&>(*flanger).GetTessRoot())
+    auto noiseReduction = AudioFilterViewFactoryRegistry::Get().CreateEditor(
+        "F83AD984-04C6-4474-B8C0-E31D98875CFE", MakeFilter());
+    EXPECT_FALSE(dynamic_cast<MarlTessAudioFilterEditorView&>(*noiseReduction).GetTessRoot())
         << "an unknown resource leaves the editor without content";
 }

@@ -77,7 +77,7 @@ TEST_F(ResourceFolder, EditorsChooseTheirScriptsForTheLook) {
     Write("PARAMETRICEQ.mrl", "sheet");
     Write("PARAMETRICEQ.tss", "classic layout");
     Write("PARAMETRICEQ.V7.tss", "v7 layout");
-    Write("PHASER.tss", "layout");
+    Write("STUDIOREVERB.tss", "layout");
     Write("ANALOGDELAY.mrl", "a sheet that must not be read");
     Write("ANALOGDELAY.tss", "layout");
     ResourceManager resources(ModuleHandle{}, folder);
@@ -89,7 +89,7 @@ TEST_F(ResourceFolder, EditorsChooseTheirScriptsForTheLook) {
         // There are no V7 sheets; without a V7 variant the newer look takes the plain layout.
         {"parametriceq", true, true, "sheet", "v7 layout", "parametriceq.V7"},
         {"parametriceq", true, false, "sheet", "classic layout", "parametriceq"},
-        {"Phaser", true, true, "", "layout", "Phaser"},             // a missing sheet is no error
+        {"StudioReverb", true, true, "", "layout", "StudioReverb"}, // a missing sheet is no error
         {"AnalogDelay", false, false, "", "layout", "AnalogDelay"}, // a layout-only editor
         {"Nothing", true, true, "", "", ""},
     };

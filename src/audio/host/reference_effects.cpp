@@ -1,15 +1,20 @@
 #include "audio/host/reference_effects.hpp"
 
+#include "audio/dsp/chorus_flanger.hpp"
 #include "audio/dsp/de_esser.hpp"
 #include "audio/dsp/dynamics.hpp"
 #include "audio/dsp/fft_filter.hpp"
+#include "audio/dsp/flanger.hpp"
+#include "audio/dsp/graphic_eq.hpp"
 #include "audio/dsp/hard_limiter.hpp"
+#include "audio/dsp/latency_generator.hpp"
 #ifndef QAFUI_LOUDNESS_METER_PROXY
 #include "audio/dsp/loudness_meter.hpp"
 #endif
 #include "audio/dsp/multi_band_compressor.hpp"
 #include "audio/dsp/parametric_dynamics.hpp"
 #include "audio/dsp/parametric_eq.hpp"
+#include "audio/dsp/phaser.hpp"
 #include "audio/dsp/single_band_compressor.hpp"
 #include "audio/dsp/single_band_dynamics.hpp"
 #include "audio/dsp/spectrum_meter.hpp"
@@ -28,6 +33,10 @@ using Factory =
 
 const std::map<std::string, Factory, std::less<>>& Factories() {
     static const std::map<std::string, Factory, std::less<>> factories{
+        {"ChorusFlanger",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::ChorusFlanger>(rate, channels);
+         }},
         {"DeEsser",
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::DeEsser>(rate, channels);
@@ -40,9 +49,29 @@ const std::map<std::string, Factory, std::less<>>& Factories() {
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::FFTFilter>(rate, channels);
          }},
+        {"Flanger",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::Flanger>(rate, channels);
+         }},
+        {"GraphicEQ10Bands",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::GraphicEQ>(10, rate, channels);
+         }},
+        {"GraphicEQ20Bands",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::GraphicEQ>(20, rate, channels);
+         }},
+        {"GraphicEQ30Bands",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::GraphicEQ>(30, rate, channels);
+         }},
         {"HardLimiter",
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::HardLimiter>(rate, channels);
+         }},
+        {"LatencyGenerator",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::LatencyGenerator>(rate, channels);
          }},
 #ifndef QAFUI_LOUDNESS_METER_PROXY
         {"LoudnessMeter",
@@ -61,6 +90,10 @@ const std::map<std::string, Factory, std::less<>>& Factories() {
         {"ParametricEQ",
          [](float rate, std::size_t channels) {
              return std::make_shared<qoraudiofilters::ParametricEQ>(rate, channels);
+         }},
+        {"Phaser",
+         [](float rate, std::size_t channels) {
+             return std::make_shared<qoraudiofilters::Phaser>(rate, channels);
          }},
         {"SingleBandCompressor",
          [](float rate, std::size_t channels) {
