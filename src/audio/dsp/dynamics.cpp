@@ -3,6 +3,7 @@
 #include "audio/dsp/biquad.hpp"
 #include "audio/dsp/dynamics_toolkit.hpp"
 #include "audio/dsp/spline.hpp"
+#include "audio/dsp/triple_buffer.hpp"
 
 #include <algorithm>
 #include <array>
@@ -189,32 +190,7 @@ struct settings_t {
     }
 };
 
-// One writer, one reader, three slots: the writer fills its own and swaps it into the middle
-// marked fresh; the reader swaps its own with a fresh middle. Neither waits, and the reader
-// only reads its slot in place, so copies (and their allocations) stay with the writer.
-class handover_t {
-public:
-    void Publish(const settings_t& settings) {
-        slots_[back_] = settings;
-        back_ = middle_.exchange(back_ | kFresh, std::memory_order_acq_rel) & kIndex;
-    }
-
-    const settings_t* Take() {
-        if ((middle_.load(std::memory_order_relaxed) & kFresh) == 0)
-            return nullptr;
-        front_ = middle_.exchange(front_, std::memory_order_acq_rel) & kIndex;
-        return &slots_[front_];
-    }
-
-private:
-    static constexpr unsigned int kIndex = 3;
-    static constexpr unsigned int kFresh = 4;
-
-    std::array<settings_t, 3> slots_;
-    unsigned int back_ = 0;
-    unsigned int front_ = 1;
-    std::atomic<unsigned int> middle_{2};
-};
+using handover_t = TripleBuffer<settings_t>;
 
 struct section_state_t {
     double z1 = 0.0, z2 = 0.0;

@@ -1,5 +1,7 @@
 #include "audio/dsp/loudness_meter.hpp"
 
+#include "audio/dsp/triple_buffer.hpp"
+
 #include <ebur128.h>
 
 #include <algorithm>
@@ -60,32 +62,20 @@ float Floored(double value) {
     return float(std::min(value, double(FLT_MAX)));
 }
 
-// One writer, readers taking turns under a mutex, three slots: the writer fills its own and
-// swaps it into the middle marked fresh; a reader swaps its own with a fresh middle. The writer
-// never waits.
+// One writer; readers take turns under a mutex, so the buffer's one reader is whoever holds it.
 class values_exchange_t {
 public:
-    void Publish(const LoudnessMeterValues& values) {
-        slots_[back_] = values;
-        back_ = middle_.exchange(back_ | kFresh, std::memory_order_acq_rel) & kIndex;
-    }
+    void Publish(const LoudnessMeterValues& values) { buffer_.Publish(values); }
 
     LoudnessMeterValues Read() {
         std::lock_guard lock(mutex_);
-        if ((middle_.load(std::memory_order_relaxed) & kFresh) != 0)
-            front_ = middle_.exchange(front_, std::memory_order_acq_rel) & kIndex;
-        return slots_[front_];
+        buffer_.Take();
+        return buffer_.Current();
     }
 
 private:
-    static constexpr unsigned int kIndex = 3;
-    static constexpr unsigned int kFresh = 4;
-
-    std::array<LoudnessMeterValues, 3> slots_{};
-    unsigned int back_ = 0;
-    std::mutex mutex_; // among readers
-    unsigned int front_ = 1;
-    std::atomic<unsigned int> middle_{2};
+    TripleBuffer<LoudnessMeterValues> buffer_;
+    std::mutex mutex_;
 };
 
 } // namespace

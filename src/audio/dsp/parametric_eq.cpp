@@ -1,5 +1,7 @@
 #include "audio/dsp/parametric_eq.hpp"
 
+#include "audio/dsp/triple_buffer.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -209,31 +211,7 @@ struct design_t {
     friend bool operator==(const design_t&, const design_t&) = default;
 };
 
-// One writer, one reader, three designs: the writer fills its own and swaps it into the middle
-// marked fresh; the reader swaps its own with a fresh middle. Neither waits.
-class exchange_t {
-public:
-    void Publish(const design_t& design) {
-        designs_[back_] = design;
-        back_ = middle_.exchange(back_ | kFresh, std::memory_order_acq_rel) & kIndex;
-    }
-
-    const design_t* Take() {
-        if ((middle_.load(std::memory_order_relaxed) & kFresh) == 0)
-            return nullptr;
-        front_ = middle_.exchange(front_, std::memory_order_acq_rel) & kIndex;
-        return &designs_[front_];
-    }
-
-private:
-    static constexpr unsigned int kIndex = 3;
-    static constexpr unsigned int kFresh = 4;
-
-    std::array<design_t, 3> designs_;
-    unsigned int back_ = 0;
-    unsigned int front_ = 1;
-    std::atomic<unsigned int> middle_{2};
-};
+using exchange_t = TripleBuffer<design_t>;
 
 template <class T>
 struct lanes_t;
