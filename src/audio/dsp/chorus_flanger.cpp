@@ -53,13 +53,7 @@ void ChorusFlanger::Decode(int index) {
     settings_[std::size_t(index)].store(plain, std::memory_order_relaxed);
 }
 
-void ChorusFlanger::SetParameterValue(int index, float value) {
-    ParameterStoreFilter::SetParameterValue(index, value);
-    Decode(index);
-}
-
-void ChorusFlanger::SetParameterQuietly(int index, float value) {
-    ParameterStoreFilter::SetParameterQuietly(index, value);
+void ChorusFlanger::ApplyParameter(int index) {
     Decode(index);
 }
 

@@ -28,15 +28,15 @@ public:
 
     double GetPlainSetting(int index) const;
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;
     void Reset() override;
     void UpdateFromParameters() override;
+
+protected:
+    /// Decodes just the parameter written.
+    void ApplyParameter(int index) override;
 
 private:
     void Decode(int index);

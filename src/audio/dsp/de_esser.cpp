@@ -122,16 +122,6 @@ DeEsser::SwapSpectrumMeter(qorcore::IntrusivePtr<qoraudiotoolkit::SpectrumMeterD
     return meter;
 }
 
-void DeEsser::SetParameterValue(int index, float value) {
-    ReferenceEffect::SetParameterValue(index, value);
-    Publish();
-}
-
-void DeEsser::SetParameterQuietly(int index, float value) {
-    ReferenceEffect::SetParameterQuietly(index, value);
-    Publish();
-}
-
 void DeEsser::UpdateFromParameters() {
     Publish();
 }

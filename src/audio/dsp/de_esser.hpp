@@ -58,10 +58,6 @@ public:
     qorcore::IntrusivePtr<qoraudiotoolkit::SpectrumMeterDSP>
     SwapSpectrumMeter(qorcore::IntrusivePtr<qoraudiotoolkit::SpectrumMeterDSP> meter);
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;

@@ -278,16 +278,6 @@ Dynamics::Dynamics(float sampleRate, std::size_t channelCount)
 
 Dynamics::~Dynamics() = default;
 
-void Dynamics::SetParameterValue(int index, float value) {
-    ParameterStoreFilter::SetParameterValue(index, value);
-    Rebuild();
-}
-
-void Dynamics::SetParameterQuietly(int index, float value) {
-    ParameterStoreFilter::SetParameterQuietly(index, value);
-    Rebuild();
-}
-
 void Dynamics::UpdateFromParameters() {
     Rebuild();
 }

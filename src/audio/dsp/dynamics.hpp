@@ -102,10 +102,6 @@ public:
     /// `count`). Readings start anew from the current state.
     void ReadMeters(float& gain, float* levels, std::size_t count);
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;

@@ -48,13 +48,7 @@ void Flanger::Decode(int index) {
     settings_[std::size_t(index)].store(plain, std::memory_order_relaxed);
 }
 
-void Flanger::SetParameterValue(int index, float value) {
-    ParameterStoreFilter::SetParameterValue(index, value);
-    Decode(index);
-}
-
-void Flanger::SetParameterQuietly(int index, float value) {
-    ParameterStoreFilter::SetParameterQuietly(index, value);
+void Flanger::ApplyParameter(int index) {
     Decode(index);
 }
 

@@ -43,15 +43,15 @@ public:
     /// A parameter in its plain unit as the effect reads it (limited, defaults for NaN).
     double GetPlainSetting(int index) const;
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;
     void Reset() override;
     void UpdateFromParameters() override;
+
+protected:
+    /// Decodes just the parameter written.
+    void ApplyParameter(int index) override;
 
 private:
     void Decode(int index);

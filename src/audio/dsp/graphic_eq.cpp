@@ -251,16 +251,6 @@ double GraphicEQ::GetBandCentre(int band) const {
     return std::min(exact, kHighestCentre * GetSampleRate());
 }
 
-void GraphicEQ::SetParameterValue(int index, float value) {
-    ParameterStoreFilter::SetParameterValue(index, value);
-    Rebuild();
-}
-
-void GraphicEQ::SetParameterQuietly(int index, float value) {
-    ParameterStoreFilter::SetParameterQuietly(index, value);
-    Rebuild();
-}
-
 void GraphicEQ::UpdateFromParameters() {
     Rebuild();
 }

@@ -57,10 +57,6 @@ public:
     /// The magnitude in dB of the newest design at `hz`, master gain included; at least -400.
     double GetResponseDecibels(double hz) const;
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;

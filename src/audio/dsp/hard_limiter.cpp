@@ -55,13 +55,7 @@ void HardLimiter::Decode(int index) {
     generation_.fetch_add(1, std::memory_order_acq_rel);
 }
 
-void HardLimiter::SetParameterValue(int index, float value) {
-    ParameterStoreFilter::SetParameterValue(index, value);
-    Decode(index);
-}
-
-void HardLimiter::SetParameterQuietly(int index, float value) {
-    ParameterStoreFilter::SetParameterQuietly(index, value);
+void HardLimiter::ApplyParameter(int index) {
     Decode(index);
 }
 

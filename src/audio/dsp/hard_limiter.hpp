@@ -49,16 +49,16 @@ public:
     /// The smallest gain of the last processed block (1 when it did not limit); any thread.
     double GetLastGain() const { return lastGain_.load(std::memory_order_relaxed); }
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;
     void Reset() override;
     std::size_t GetLatencySamples() const override;
     void UpdateFromParameters() override;
+
+protected:
+    /// Decodes just the parameter written.
+    void ApplyParameter(int index) override;
 
 private:
     void Decode(int index);

@@ -34,16 +34,6 @@ void LatencyGenerator::Decode() {
     failOnProcess_.store(GetAppliedValue(kFailOnProcess) > 0.5, std::memory_order_relaxed);
 }
 
-void LatencyGenerator::SetParameterValue(int index, float value) {
-    ParameterStoreFilter::SetParameterValue(index, value);
-    Decode();
-}
-
-void LatencyGenerator::SetParameterQuietly(int index, float value) {
-    ParameterStoreFilter::SetParameterQuietly(index, value);
-    Decode();
-}
-
 void LatencyGenerator::UpdateFromParameters() {
     Decode();
 }

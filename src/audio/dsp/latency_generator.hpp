@@ -29,10 +29,6 @@ public:
     /// Whether the last processed block failed on purpose; any thread.
     bool HasFailed() const { return failed_.load(std::memory_order_relaxed); }
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;

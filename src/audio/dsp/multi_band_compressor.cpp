@@ -328,16 +328,6 @@ void MultiBandCompressor::Publish() {
     }
 }
 
-void MultiBandCompressor::SetParameterValue(int index, float value) {
-    ReferenceEffect::SetParameterValue(index, value);
-    Publish();
-}
-
-void MultiBandCompressor::SetParameterQuietly(int index, float value) {
-    ReferenceEffect::SetParameterQuietly(index, value);
-    Publish();
-}
-
 void MultiBandCompressor::UpdateFromParameters() {
     Publish();
 }

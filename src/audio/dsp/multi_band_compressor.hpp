@@ -131,10 +131,6 @@ public:
     /// `inputDb`, band gain included (the split not included).
     double GetStaticBandGainDecibels(int band, double inputDb) const;
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;

@@ -178,13 +178,7 @@ void ParametricDynamics::Decode(int index) {
     generation_.fetch_add(1, std::memory_order_acq_rel);
 }
 
-void ParametricDynamics::SetParameterValue(int index, float value) {
-    ParameterStoreFilter::SetParameterValue(index, value);
-    Decode(index);
-}
-
-void ParametricDynamics::SetParameterQuietly(int index, float value) {
-    ParameterStoreFilter::SetParameterQuietly(index, value);
+void ParametricDynamics::ApplyParameter(int index) {
     Decode(index);
 }
 

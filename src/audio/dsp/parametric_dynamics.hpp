@@ -106,16 +106,16 @@ public:
     /// Process thread (the meter message): the readings gathered since the last call.
     parametricdynamics::MeterData TakeMeterData();
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;
     void Reset() override;
     std::size_t GetLatencySamples() const override;
     void UpdateFromParameters() override;
+
+protected:
+    /// Decodes just the parameter written.
+    void ApplyParameter(int index) override;
 
 private:
     // The process thread's signal state and settings in force.

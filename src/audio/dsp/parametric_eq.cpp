@@ -473,16 +473,6 @@ bool ParametricEQ::IsMeterActive() const {
     return meterActive_.load(std::memory_order_acquire);
 }
 
-void ParametricEQ::SetParameterValue(int index, float value) {
-    ParameterStoreFilter::SetParameterValue(index, value);
-    Rebuild();
-}
-
-void ParametricEQ::SetParameterQuietly(int index, float value) {
-    ParameterStoreFilter::SetParameterQuietly(index, value);
-    Rebuild();
-}
-
 void ParametricEQ::UpdateFromParameters() {
     Rebuild();
 }

@@ -104,10 +104,6 @@ public:
     std::vector<qoraudiotoolkit::Biquad> GetSections() const;
     double GetOutputGain() const;
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;

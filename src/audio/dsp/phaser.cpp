@@ -49,13 +49,7 @@ void Phaser::Decode(int index) {
     settings_[std::size_t(index)].store(plain, std::memory_order_relaxed);
 }
 
-void Phaser::SetParameterValue(int index, float value) {
-    ParameterStoreFilter::SetParameterValue(index, value);
-    Decode(index);
-}
-
-void Phaser::SetParameterQuietly(int index, float value) {
-    ParameterStoreFilter::SetParameterQuietly(index, value);
+void Phaser::ApplyParameter(int index) {
     Decode(index);
 }
 

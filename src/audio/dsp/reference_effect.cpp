@@ -46,6 +46,20 @@ double ReferenceEffect::GetAppliedPlainValue(int index) const {
            GetAppliedValue(index) * (double(d.plainAtOne) - double(d.plainAtZero));
 }
 
+void ReferenceEffect::SetParameterValue(int index, float value) {
+    ParameterStoreFilter::SetParameterValue(index, value);
+    ApplyParameter(index);
+}
+
+void ReferenceEffect::SetParameterQuietly(int index, float value) {
+    ParameterStoreFilter::SetParameterQuietly(index, value);
+    ApplyParameter(index);
+}
+
+void ReferenceEffect::ApplyParameter(int) {
+    UpdateFromParameters();
+}
+
 bool ReferenceEffect::PrepareParameterSync() {
     ParameterStoreFilter::PrepareParameterSync();
     UpdateFromParameters();

@@ -32,7 +32,10 @@ public:
     /// The main thread: takes over parameter changes made without the effect's notice.
     virtual void UpdateFromParameters() {}
 
-    // AudioFilter: the editor's sync is a chance to take over such changes.
+    // AudioFilter: a write, notifying or quiet, reaches the sound at once (`ApplyParameter`);
+    // the editor's sync is a chance to take over changes made without the effect's notice.
+    void SetParameterValue(int index, float value) override;
+    void SetParameterQuietly(int index, float value) override;
     bool PrepareParameterSync() override;
 
     /// A parameter as the effect applies it: a stored value that is no number reads as the
@@ -42,6 +45,10 @@ public:
     double GetAppliedPlainValue(int index) const;
 
 protected:
+    /// Takes over the parameter just written. By default the whole set is read again
+    /// (`UpdateFromParameters`); an effect that decodes parameter by parameter takes just the
+    /// one.
+    virtual void ApplyParameter(int index);
     /// Channels past the effect's own count pass through unchanged (a null input is silence);
     /// returns how many channels the effect itself processes.
     std::size_t PassExtraChannels(const float* const* inputs, float* const* outputs,

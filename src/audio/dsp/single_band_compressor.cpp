@@ -132,16 +132,6 @@ void SingleBandCompressor::GetLevels(float* levels, std::size_t count) {
                         : 0.0f;
 }
 
-void SingleBandCompressor::SetParameterValue(int index, float value) {
-    ReferenceEffect::SetParameterValue(index, value);
-    Publish();
-}
-
-void SingleBandCompressor::SetParameterQuietly(int index, float value) {
-    ReferenceEffect::SetParameterQuietly(index, value);
-    Publish();
-}
-
 void SingleBandCompressor::UpdateFromParameters() {
     Publish();
 }

@@ -55,10 +55,6 @@ public:
     /// the last call, as linear amplitudes; channels past the effect's read 0.
     void GetLevels(float* levels, std::size_t count);
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;

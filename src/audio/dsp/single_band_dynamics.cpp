@@ -308,16 +308,6 @@ void SingleBandDynamics::ReadOutputLevels(float* levels, std::size_t count) {
                         : 0.0f;
 }
 
-void SingleBandDynamics::SetParameterValue(int index, float value) {
-    ReferenceEffect::SetParameterValue(index, value);
-    Publish();
-}
-
-void SingleBandDynamics::SetParameterQuietly(int index, float value) {
-    ReferenceEffect::SetParameterQuietly(index, value);
-    Publish();
-}
-
 void SingleBandDynamics::UpdateFromParameters() {
     Publish();
 }

@@ -128,10 +128,6 @@ public:
     /// the last call, linear; 0 while the meter is inactive and for channels past the effect's.
     void ReadOutputLevels(float* levels, std::size_t count);
 
-    // AudioFilter
-    void SetParameterValue(int index, float value) override;
-    void SetParameterQuietly(int index, float value) override;
-
     // ReferenceEffect
     void Process(const float* const* inputs, float* const* outputs, std::size_t channelCount,
                  std::size_t frameCount) override;

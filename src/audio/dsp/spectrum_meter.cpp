@@ -89,25 +89,12 @@ bool SpectrumMeter::IsMeterActive() const {
     return meterActive_.load(std::memory_order_acquire);
 }
 
-void SpectrumMeter::SetParameterValue(int index, float value) {
-    ParameterStoreFilter::SetParameterValue(index, value);
-    ApplySettings();
-}
-
-void SpectrumMeter::SetParameterQuietly(int index, float value) {
-    ParameterStoreFilter::SetParameterQuietly(index, value);
-    ApplySettings();
-}
-
 void SpectrumMeter::UpdateFromParameters() {
     ApplySettings();
 }
 
 double SpectrumMeter::Value(int index) const {
-    float value = GetParameterValue(index);
-    if (std::isnan(value))
-        value = GetDescriptor(index).defaultValue;
-    return std::clamp(double(value), 0.0, 1.0);
+    return GetAppliedValue(index);
 }
 
 void SpectrumMeter::ApplySettings() {
