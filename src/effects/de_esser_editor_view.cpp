@@ -124,14 +124,7 @@ void DeEsserEditorView::UpdateMode() {
 }
 
 void DeEsserEditorView::SetupMeter() {
-    // The bar starts at no reduction.
-    meter_->RemoveAllMeters();
-    meter_->SetShowPeaks(true);
-    meter_->SetShowValley(false);
-    meter_->SetShowClipIndicators(false);
-    meter_->AddMeter(1, int(qorui::LevelMeterKind::kGainReduction), "");
-    meter_->ArrangeMeters();
-    meter_->SetLevel(1.0f, true);
+    meter_->MakeGainReductionMeter();
 }
 
 void DeEsserEditorView::EnableMeters() {

@@ -113,14 +113,7 @@ DynamicsEditorView::DynamicsEditorView(std::shared_ptr<AudioFilter> filter)
     invertButton_ = Control<qorui::UI_Button>(*root, "InvertButton");
     meter_ = Control<qorui::UI_LevelMeterView>(*root, "GainReductionMeter");
 
-    // One gain-reduction bar that starts at no reduction.
-    meter_->RemoveAllMeters();
-    meter_->SetShowPeaks(true);
-    meter_->SetShowValley(false);
-    meter_->SetShowClipIndicators(false);
-    meter_->AddMeter(1, int(qorui::LevelMeterKind::kGainReduction), "");
-    meter_->ArrangeMeters();
-    meter_->SetLevel(1.0f, true);
+    meter_->MakeGainReductionMeter();
 
     addPointButton_->NotifyWhenChanged([this](const qorui::UI_ControlChangedMessage&) {
         if (curveEditor_->AddNewPoint())

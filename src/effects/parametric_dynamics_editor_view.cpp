@@ -287,15 +287,7 @@ ParametricDynamicsEditorView::ParametricDynamicsEditorView(std::shared_ptr<Audio
     CreateLayout();
     bandMeter_ = Control<qorui::UI_LevelMeterView>("BandLevelMeter");
     reductionMeter_ = Control<qorui::UI_LevelMeterView>("GainReductionMeter");
-    // The gain-reduction meter as every dynamics editor wires it: one meter of kind 3 that
-    // starts at no reduction.
-    reductionMeter_->RemoveAllMeters();
-    reductionMeter_->SetShowPeaks(true);
-    reductionMeter_->SetShowValley(false);
-    reductionMeter_->SetShowClipIndicators(false);
-    reductionMeter_->AddMeter(1, 3, "");
-    reductionMeter_->ArrangeMeters();
-    reductionMeter_->SetLevel(1.0f, true);
+    reductionMeter_->MakeGainReductionMeter();
     bandMeter_->SetShowPeaks(true);
 
     // The graph and the lamps fill the places the layout keeps for them.

@@ -370,23 +370,9 @@ void SingleBandDynamicsEditorView::UpdateSlider(IntrusivePtr<qorui::UI_Slider> c
 }
 
 void SingleBandDynamicsEditorView::SetupMeters() {
-    // The gain-reduction meter starts at no reduction.
-    gainReductionMeter_->RemoveAllMeters();
-    gainReductionMeter_->SetShowPeaks(true);
-    gainReductionMeter_->SetShowValley(false);
-    gainReductionMeter_->SetShowClipIndicators(false);
-    gainReductionMeter_->AddMeter(1, int(qorui::LevelMeterKind::kGainReduction), "");
-    gainReductionMeter_->ArrangeMeters();
-    gainReductionMeter_->SetLevel(1.0f, true);
+    gainReductionMeter_->MakeGainReductionMeter();
 
-    // One meter per output channel, at the bottom of its scale until data comes.
-    const std::size_t channels = std::max<std::size_t>(1, GetFilter()->GetNumberOfOutputChannels());
-    outputMeter_->RemoveAllMeters();
-    outputMeter_->AddMeter(int(channels), int(qorui::LevelMeterKind::kOutput), "");
-    outputMeter_->ArrangeMeters();
-    const float floor =
-        float(qoraudiofilters::dynamics::LinearFromDecibels(outputMeter_->GetMinDBValue()));
-    outputMeter_->SetLevel(std::vector<float>(channels, floor), true);
+    outputMeter_->MakeOutputMeter(GetFilter()->GetNumberOfOutputChannels());
 }
 
 void SingleBandDynamicsEditorView::EnableMeter() {

@@ -421,6 +421,25 @@ void UI_LevelMeterView::CommitLevels(bool force, const std::vector<float>& befor
         clipChanged_(IsAnyClipped());
 }
 
+void UI_LevelMeterView::MakeGainReductionMeter() {
+    RemoveAllMeters();
+    SetShowPeaks(true);
+    SetShowValley(false);
+    SetShowClipIndicators(false);
+    AddMeter(1, int(LevelMeterKind::kGainReduction), "");
+    ArrangeMeters();
+    SetLevel(1.0f, true);
+}
+
+void UI_LevelMeterView::MakeOutputMeter(std::size_t channels) {
+    channels = std::max<std::size_t>(1, channels);
+    RemoveAllMeters();
+    AddMeter(int(channels), int(LevelMeterKind::kOutput), "");
+    ArrangeMeters();
+    const float floor = float(std::pow(10.0, double(GetMinDBValue()) / 20.0));
+    SetLevel(std::vector<float>(channels, floor), true);
+}
+
 void UI_LevelMeterView::SetLevel(float level, bool force) {
     const std::vector<float> before = SnapshotMarks();
     const TimeStamp now = qorcore::HighPrecisionTime::GetCurrentTimeStamp();

@@ -123,6 +123,13 @@ public:
     void ResetPeaksAndValleys();
     void ResetClippedStates();
 
+    /// One gain-reduction bar with peak marks and without valley or clip lights, standing at no
+    /// reduction: how every dynamics editor shows gain reduction.
+    void MakeGainReductionMeter();
+    /// An output meter of `channels` bars (at least one), each standing at the bottom of its
+    /// scale until levels come.
+    void MakeOutputMeter(std::size_t channels);
+
     // State, for editors and tests. Channel indices past the end throw std::out_of_range.
     /// The shown level in dB, clamped to the range; min dB when there is none.
     float GetLevelDB(std::size_t channel) const;
