@@ -55,6 +55,34 @@ std::vector<float> Noise(std::size_t length) {
     return out;
 }
 
+// A second of 48 kHz stereo noise through `fx` in 512-frame blocks.
+template <class Effect>
+void RunSecondOfStereo(benchmark::State& state, Effect& fx) {
+    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
+    std::vector<float> outLeft(kBlock), outRight(kBlock);
+    const float* inputs[] = {left.data(), right.data()};
+    float* outputs[] = {outLeft.data(), outRight.data()};
+    for (auto _ : state) {
+        for (std::size_t done = 0; done < std::size_t(kRate); done += kBlock)
+            fx.Process(inputs, outputs, 2, kBlock);
+        benchmark::DoNotOptimize(outLeft.data());
+    }
+}
+
+// One 512-frame stereo block of noise through `fx`.
+template <class Effect>
+void RunBlock(benchmark::State& state, Effect& fx) {
+    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
+    std::vector<float> outLeft(kBlock), outRight(kBlock);
+    const float* inputs[] = {left.data(), right.data()};
+    float* outputs[] = {outLeft.data(), outRight.data()};
+    for (auto _ : state) {
+        fx.Process(inputs, outputs, 2, kBlock);
+        benchmark::DoNotOptimize(outLeft.data());
+        benchmark::ClobberMemory();
+    }
+}
+
 // Eight points, as a user might draw them, with splines.
 void DrawCurve(FFTFilter& filter) {
     filter.SetParameterQuietly(FFTFilter::kCurveWriteBracket, 1.0f);
@@ -128,15 +156,7 @@ BENCHMARK(BM_SpectrumMeterSecondOfStereo)->Arg(3)->Arg(6)->Unit(benchmark::kMill
 // The loudness meter measuring a second of stereo in 512-frame blocks, publishing after each.
 void BM_LoudnessMeterSecondOfStereo(benchmark::State& state) {
     qoraudiofilters::LoudnessMeter meter(kRate, 2);
-    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
-    std::vector<float> outLeft(kBlock), outRight(kBlock);
-    const float* inputs[] = {left.data(), right.data()};
-    float* outputs[] = {outLeft.data(), outRight.data()};
-    for (auto _ : state) {
-        for (std::size_t done = 0; done < std::size_t(kRate); done += kBlock)
-            meter.Process(inputs, outputs, 2, kBlock);
-        benchmark::DoNotOptimize(outLeft.data());
-    }
+    RunSecondOfStereo(state, meter);
 }
 BENCHMARK(BM_LoudnessMeterSecondOfStereo)->Unit(benchmark::kMillisecond);
 
@@ -203,15 +223,7 @@ void BM_ParametricEQBlock(benchmark::State& state) {
     ParametricEQ eq(kRate, 2);
     SetEverySection(eq, state.range(0) != 0);
     eq.Reset();
-    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
-    std::vector<float> outLeft(kBlock), outRight(kBlock);
-    const float* inputs[] = {left.data(), right.data()};
-    float* outputs[] = {outLeft.data(), outRight.data()};
-    for (auto _ : state) {
-        eq.Process(inputs, outputs, 2, kBlock);
-        benchmark::DoNotOptimize(outLeft.data());
-        benchmark::ClobberMemory();
-    }
+    RunBlock(state, eq);
     state.counters["sections"] = double(eq.GetSections().size());
 }
 BENCHMARK(BM_ParametricEQBlock)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
@@ -223,15 +235,7 @@ void BM_GraphicEQBlock(benchmark::State& state) {
     for (int b = 0; b < eq.GetBandCount(); ++b)
         eq.SetParameterValue(b, b % 2 == 0 ? 0.6f : 0.4f);
     eq.Reset();
-    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
-    std::vector<float> outLeft(kBlock), outRight(kBlock);
-    const float* inputs[] = {left.data(), right.data()};
-    float* outputs[] = {outLeft.data(), outRight.data()};
-    for (auto _ : state) {
-        eq.Process(inputs, outputs, 2, kBlock);
-        benchmark::DoNotOptimize(outLeft.data());
-        benchmark::ClobberMemory();
-    }
+    RunBlock(state, eq);
 }
 BENCHMARK(BM_GraphicEQBlock)->Arg(10)->Arg(30)->Unit(benchmark::kMicrosecond);
 
@@ -304,34 +308,13 @@ void BM_DynamicsSecondOfStereo(benchmark::State& state) {
         fx.SetParameterValue(Dynamics::kParameterIndex_LookAhead, 0.01f);
     }
     fx.Reset();
-    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
-    std::vector<float> outLeft(kBlock), outRight(kBlock);
-    const float* inputs[] = {left.data(), right.data()};
-    float* outputs[] = {outLeft.data(), outRight.data()};
-    for (auto _ : state) {
-        for (std::size_t done = 0; done < std::size_t(kRate); done += kBlock)
-            fx.Process(inputs, outputs, 2, kBlock);
-        benchmark::DoNotOptimize(outLeft.data());
-    }
+    RunSecondOfStereo(state, fx);
 }
 BENCHMARK(BM_DynamicsSecondOfStereo)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 // The single-band processors per second of 48 kHz stereo noise, compressing all the while:
 // the dynamics with its three stages (peak detection at argument 0, RMS and auto smoothing at
 // 1, its meter gathering), the compressor, and the tube compressor with its saturation.
-template <class Effect>
-void RunSecondOfStereo(benchmark::State& state, Effect& fx) {
-    const std::vector<float> left = Noise(kBlock), right = Noise(kBlock);
-    std::vector<float> outLeft(kBlock), outRight(kBlock);
-    const float* inputs[] = {left.data(), right.data()};
-    float* outputs[] = {outLeft.data(), outRight.data()};
-    for (auto _ : state) {
-        for (std::size_t done = 0; done < std::size_t(kRate); done += kBlock)
-            fx.Process(inputs, outputs, 2, kBlock);
-        benchmark::DoNotOptimize(outLeft.data());
-    }
-}
-
 void BM_SingleBandDynamicsSecondOfStereo(benchmark::State& state) {
     using qoraudiofilters::SingleBandDynamics;
     SingleBandDynamics fx(kRate, 2);
