@@ -99,15 +99,8 @@ SingleBandCompressor::SingleBandCompressor(float sampleRate, std::size_t channel
 SingleBandCompressor::~SingleBandCompressor() = default;
 
 void SingleBandCompressor::Publish() {
-    for (int k = 0; k < kParameterCount; ++k) {
-        const ParameterDescriptor& d = GetDescriptor(k);
-        float value = GetParameterValue(k);
-        if (std::isnan(value))
-            value = d.defaultValue;
-        const double v = std::clamp(double(value), 0.0, 1.0);
-        const double plain = double(d.plainAtZero) + v * double(d.plainAtOne - d.plainAtZero);
-        state_->plain[std::size_t(k)].store(plain, std::memory_order_relaxed);
-    }
+    for (int k = 0; k < kParameterCount; ++k)
+        state_->plain[std::size_t(k)].store(GetAppliedPlainValue(k), std::memory_order_relaxed);
 }
 
 double SingleBandCompressor::GetStaticGainDecibels(double inputDb) const {
